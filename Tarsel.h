@@ -1,0 +1,19 @@
+/// The whole class interface of Tarsel in one include, for hosts and plug-ins in C++20. A program
+/// in C includes core/CFunctions.h instead.
+#pragma once
+
+#ifndef __cplusplus
+#error "Tarsel.h is the C++ interface; a C program includes core/CFunctions.h"
+#endif
+
+#include "core/CFunctions.h"
+#include "core/CoreGlobal.h"
+#include "data/DataPtr.h"
+#include "data/Waveform.h"
+#include "experiment/Experiment.h"
+#include "system/DFile.h"
+#include "system/DIni.h"
+#include "system/DSystem.h"
+#include "types/DArray.h"
+#include "types/DString.h"
+#include "types/DStringArray.h"

@@ -1,0 +1,49 @@
+// Scalars: an expression read as a number, and a number written to a field or a stored parameter.
+#include <string.h>
+
+#include "core/CoreGlobal.h"
+#include "data/Waveform.h"
+#include "experiment/Experiment.h"
+
+namespace {
+
+// The element of a data object's parameters for the "1" to "9", "a" to "c" of a key; -1 for others.
+int ParameterIndex(char c) {
+    static const char Parameters[] = "123456789abc";
+    static const char Capitals[] = "123456789ABC";
+    for (int i = 0; Parameters[i]; ++i) {
+        if (c == Parameters[i] || c == Capitals[i]) return i;
+    }
+    return -1;
+}
+
+}  // namespace
+
+float Experiment::GetScalarData(DString expression, ValueCallback resolver) {
+    const float value = ParseInput(GetExpandedString(expression, true), resolver);
+    return IsVF(value) ? value : -DFMax;
+}
+
+void Experiment::SetScalarData(const DString& key, float value) {
+    if (m_ShotFolder.IsEmpty()) return;
+    const int backslash = key.Find('\\', 0);
+    if (backslash == npos) {
+        SetShotData(key, DString(value));
+    } else {
+        SetTraceParameter(key, backslash, value);
+    }
+}
+
+void Experiment::SetTraceParameter(const DString& key, int backslash, float value) {
+    const bool wellFormed = key.GetLength() == backslash + 3 &&
+                            (key[backslash + 1] == 't' || key[backslash + 1] == 'T');
+    const int index = wellFormed ? ParameterIndex(key[backslash + 2]) : -1;
+    if (index < 0) return;
+    const DString path = GetDataFileName(key.Left(backslash));
+    if (path.IsEmpty()) return;
+    Waveform waveform(0);
+    waveform.Read(path, -1);
+    if (waveform.Count() == 0) return;
+    waveform.m_Params[index] = value;
+    waveform.Write(path);
+}

@@ -1,0 +1,136 @@
+// Selecting a shot, finding it by its name, and the paths of groups and shots.
+#include <strings.h>
+
+#include "core/CoreGlobal.h"
+#include "experiment/Experiment.h"
+#include "system/DSystem.h"
+
+namespace {
+
+// The stored forms carry a backslash, whatever parts real paths.
+const char BelowExperiment[] = ".\\";
+const char BesideExperiment[] = "..\\";
+
+bool BeginsWith(const DString& text, const DString& prefix) {
+    return strncasecmp(text, prefix, static_cast<size_t>(prefix.GetLength())) == 0;
+}
+
+DString LastElement(const DString& path) {
+    DString folder;
+    DString name;
+    SplitPathElts(path, folder, name);
+    return name;
+}
+
+bool EqualIgnoringCase(const DString& a, const DString& b) {
+    return a.GetLength() == b.GetLength() && strcasecmp(a, b) == 0;
+}
+
+}  // namespace
+
+// ---- Selection
+
+bool Experiment::SetShot(DString name, int group) {
+    if (m_ExperimentName.IsEmpty()) {
+        m_CurrentGroup = -1;
+        m_ShotFolder = m_ExperimentFolder;
+        if (Logging) Log("experiment name not defined");
+        return false;
+    }
+    if (name[0] == '*') name = name.Mid(1, npos);
+    if (group < 0) group = GuessPathFromShot(name);
+    if (strcmp(name, m_ShotName) == 0 && group == m_CurrentGroup) return true;
+    if (!HasGroup(group)) {
+        if (Logging) Log("gnum is " + DString(group));
+        return false;
+    }
+    m_ShotName = name;
+    m_CurrentGroup = group;
+    m_ShotFolder = ShotPath(group, name);
+    // The documents still have the files of the shot that is left: what a pause held goes there.
+    SetPauseIO(false);
+    m_ScalarCacheFile = AppendPathElts(m_GroupPaths[group], "ScalarCache.ini");
+    m_ScalarsFile = AppendPathElts(m_ShotFolder, "Scalars.ini");
+    if (Logging) Log("Finished setting shot");
+    return true;
+}
+
+DString Experiment::ShotPath(int group, const DString& shot) const {
+    return AppendPathElts(m_GroupPaths[group], "Shot" + shot);
+}
+
+bool Experiment::HasShot(int group, const DString& shot) const {
+    DString folder = ShotPath(group, shot);
+    return FolderExists(folder);
+}
+
+int Experiment::GuessPathFromShot(DString& shot) const {
+    DString groupName;
+    DString leaf;
+    SplitPathElts(shot, groupName, leaf);
+    for (int i = 0; !groupName.IsEmpty() && i < m_GroupPaths.Count(); ++i) {
+        if (!EqualIgnoringCase(LastElement(m_GroupPaths[i]), groupName)) continue;
+        if (!HasShot(i, leaf)) continue;
+        shot = leaf;
+        return i;
+    }
+    if (HasGroup(m_CurrentGroup) && HasShot(m_CurrentGroup, leaf)) return m_CurrentGroup;
+    for (int i = 0; i < m_GroupPaths.Count(); ++i) {
+        if (i != m_CurrentGroup && HasShot(i, leaf)) return i;
+    }
+    return -1;
+}
+
+void Experiment::SetPauseIO(bool pause) {
+    if (pause == m_PauseIO) return;
+    m_PauseIO = pause;
+    m_ScalarsIni.HoldWrite(pause);
+    m_ScalarCacheIni.HoldWrite(pause);
+    if (!pause) return;
+    LoadFields();
+    LoadCache();
+}
+
+void Experiment::SetTempShot(const DString& name, int group) {
+    const DString wanted(name);  // may be the slot
+    m_SavedShotName = m_ShotName;
+    m_SavedGroup = m_CurrentGroup;
+    SetShot(wanted, group);
+}
+
+void Experiment::ResetShot() {
+    SetShot(m_SavedShotName, m_SavedGroup);
+}
+
+// ---- Paths
+
+DString Experiment::GetCurPath() const {
+    return GetShotGroupPath(m_CurrentGroup);
+}
+
+DString Experiment::GetShotGroupPath(int group) const {
+    return HasGroup(group) ? m_GroupPaths[group] : DString();
+}
+
+DString Experiment::FullPath(const DString& path) const {
+    if (BeginsWith(path, BelowExperiment)) {
+        return AppendPathElts(m_ExperimentFolder, TranslateFileName(path.Mid(2, npos)));
+    }
+    if (BeginsWith(path, BesideExperiment)) {
+        return AppendPathElts(m_ExperimentPath, TranslateFileName(path.Mid(3, npos)));
+    }
+    return GetLocalFileName(path);
+}
+
+// The prefix is not asked to end at a separator, and the first test of the rest looks for a
+// backslash where real paths have "/": FullPath reads what comes out back to the same place.
+DString Experiment::RelativePath(const DString& path) const {
+    if (!BeginsWith(path, m_ExperimentPath)) return GetUNCFileName(path);
+    const DString below = m_ExperimentFolder + "\\";
+    if (BeginsWith(path, below)) return BelowExperiment + path.Mid(below.GetLength(), npos);
+    return BesideExperiment + path.Mid(m_ExperimentPath.GetLength() + 1, npos);
+}
+
+int Experiment::GetShotGroupNumber(const DString& path) const {
+    return m_GroupPaths.Index(GetLocalFileName(FullPath(path)));
+}

@@ -1,0 +1,57 @@
+/// DFile: a thin wrapper over one C stream, through which the library does all its file input and
+/// output, and calls that read or write a whole file. Errors show in the boolean and count results
+/// alone, and nothing is logged here.
+///
+/// Names go through FileExists first, so a file whose name differs in case alone is opened, and
+/// not created beside it.
+#pragma once
+
+#include <stdio.h>
+#include <wchar.h>
+
+#include "types/DString.h"
+
+class DFile {
+public:
+    FILE* m_Stream = nullptr;  ///< the open stream; null when closed
+
+    DFile() = default;
+    DFile(const DFile&) = delete;
+    DFile& operator=(const DFile&) = delete;
+    /// The same as Close.
+    ~DFile();
+
+    /// Opens a file, after closing what was open. `mode` is the sum of 1 (read), 2 (write) and
+    /// 4 (binary): 5 reads a data file, 6 creates or replaces one, 7 updates one in place. Modes 0
+    /// and 4 are refused.
+    bool Open(DString name, int mode);
+    void Close();
+
+    /// Block transfers. A closed stream or a count below 1 transfers nothing. BRead returns the
+    /// bytes delivered, fewer than `count` at the end of the file.
+    int BRead(void* buffer, int count);
+    void BWrite(const void* buffer, int count);
+
+    /// The string record of the binary formats (docs/formats.md): a length of 2 bytes
+    /// (`shortLength`) or 4, then the text. A length of 0 or below, or one that isn't delivered,
+    /// leaves the target as it was. A text cut short by the end of the file is filled up with zero
+    /// bytes.
+    void DSRead(DString& target, bool shortLength);
+    /// Writes that record with a length of `width` 2 or 4 bytes; any other width writes the bare
+    /// text. A width of 2 keeps the low 16 bits of the length.
+    void DSWrite(const DString& text, int width);
+
+    /// fgetws; false if the stream is closed or nothing is delivered.
+    bool ReadWString(wchar_t* buffer, int count);
+    /// One line, without its line feed and without one carriage return before that. At most
+    /// `bufferSize` - 2 bytes are taken; a longer line arrives in pieces. The end of the file and a
+    /// blank line both give an empty text.
+    void ReadLine(DString& target, int bufferSize);
+
+    /// The whole file; empty if it is missing, empty or a folder.
+    static DString GetText(const DString& name);
+    /// Replaces the file by `text`. True if it could be opened, whatever the write then did.
+    static bool WriteText(const DString& name, DString text);
+    /// Appends `text` and LDelim. True if the file could be opened.
+    static bool WriteLine(const DString& name, const DString& text);
+};

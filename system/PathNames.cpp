@@ -1,0 +1,93 @@
+// Path names: joining and parting them, their local and shared forms, the current directory.
+#include <limits.h>
+#include <strings.h>
+#include <unistd.h>
+
+#include "core/CoreGlobal.h"
+#include "system/DIni.h"
+#include "system/DSystem.h"
+
+namespace {
+
+// The name behind `prefix` and the one byte that parts them, which is dropped unseen. False if the
+// name doesn't begin with the prefix.
+bool DropPrefix(const DString& name, const DString& prefix, DString& rest) {
+    const size_t length = static_cast<size_t>(prefix.GetLength());
+    if (strncasecmp(name, prefix, length) != 0) return false;
+    rest = name.Mid(prefix.GetLength() + 1, npos);
+    return true;
+}
+
+DString SharedPrefix(const DString& line) {
+    return line.BeforeFirst('=', true);
+}
+
+DString LocalPrefix(const DString& line) {
+    return line.AfterFirst('=', true);
+}
+
+}  // namespace
+
+DString AppendPathElts(const DString& a, const DString& b) {
+    return a.IsEmpty() || b.IsEmpty() ? a + b : a + "/" + b;
+}
+
+DString AppendPathElts(const DString& a, const DString& b, const DString& c) {
+    return AppendPathElts(AppendPathElts(a, b), c);
+}
+
+DString AppendPathElts(const DString& a, const DString& b, const DString& c, const DString& d) {
+    return AppendPathElts(AppendPathElts(a, b, c), d);
+}
+
+DString AppendPathElts(const DString& a, const DString& b, const DString& c, const DString& d,
+                       const DString& e) {
+    return AppendPathElts(AppendPathElts(a, b, c, d), e);
+}
+
+void SplitPathElts(const DString& path, DString& folder, DString& name) {
+    const DString whole(path);  // may be one of the results
+    folder = whole.BeforeLast('/', false);
+    name = whole.AfterLast('/', true);
+}
+
+bool IsFullQual(const DString& path) {
+    return path[0] == '/';
+}
+
+DString TranslateFileName(const DString& name) {
+    return name.Replace("\\", "/", true, nullptr);
+}
+
+DString GetUNCFileName(const DString& name) {
+    if (name.IsEmpty()) return name;
+    const DStringArray lines = TrIni.GetFullSection("Translations");
+    for (int i = 0; i < lines.Count(); ++i) {
+        DString rest;
+        if (!DropPrefix(name, LocalPrefix(lines[i]), rest)) continue;
+        return AppendPathElts(SharedPrefix(lines[i]), rest).Replace("/", "\\", true, nullptr);
+    }
+    return name;
+}
+
+DString GetLocalFileName(const DString& name) {
+    if (name.IsEmpty()) return name;
+    const DStringArray lines = TrIni.GetFullSection("Translations");
+    for (int i = 0; i < lines.Count(); ++i) {
+        DString rest;
+        if (!DropPrefix(name, SharedPrefix(lines[i]), rest)) continue;
+        return AppendPathElts(LocalPrefix(lines[i]), TranslateFileName(rest));
+    }
+    return name;
+}
+
+DString GetCurrentDirectoryD() {
+    char path[PATH_MAX];
+    return getcwd(path, sizeof path) ? DString(path) : DString();
+}
+
+bool SetCurrentDirectoryD(const DString& path) {
+    DString corrected(path);
+    FolderExists(corrected);
+    return chdir(corrected) == 0;
+}

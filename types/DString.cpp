@@ -1,0 +1,258 @@
+// DString's memory: text blocks, sharing, construction, assignment and concatenation.
+#include "types/DString.h"
+
+#include <stdint.h>
+#include <string.h>
+#include <strings.h>
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+
+// Constant-initialised, so that all of these are ready before the first static constructor of the
+// process and live past its last destructor.
+constinit const int npos = std::numeric_limits<int>::max();
+constinit const char* const LDelim = "\r\n";
+constinit const int LenLD = 2;
+constinit const DTextBlock DEmpty = {-1, 0, 0, {}};
+constinit const char* const DEmptyString = DEmpty.m_Text;
+constinit char* DString::m_pFreeList = nullptr;
+
+namespace {
+
+constexpr long SmallestBlock = 32;
+
+// The formula is keyed to the free list: texts of up to 6 characters take its 32-byte blocks.
+constexpr long BlockSize(int n) {
+    return SmallestBlock * ((static_cast<long>(n) + 25) / SmallestBlock) + SmallestBlock;
+}
+
+int TextLength(const char* s) {
+    if (!s) return 0;
+    return static_cast<int>(strnlen(s, static_cast<size_t>(npos)));
+}
+
+}  // namespace
+
+// ---- Blocks
+
+char* DString::NewBlock(long size) {
+    char* text = m_pFreeList;
+    if (size == SmallestBlock && text) {
+        memcpy(&m_pFreeList, text, sizeof m_pFreeList);
+    } else {
+        if (size > std::numeric_limits<int>::max()) return nullptr;
+        char* block = new (std::nothrow) char[static_cast<size_t>(size)];
+        if (!block) return nullptr;
+        text = block + HeaderSize;
+    }
+    DTextBlock* header = reinterpret_cast<DTextBlock*>(text - HeaderSize);
+    header->m_Refs = 1;
+    header->m_Alloc = static_cast<int>(size);
+    return text;
+}
+
+void DString::FreeBlock(char* text) {
+    char* block = text - HeaderSize;
+    if (reinterpret_cast<DTextBlock*>(block)->m_Alloc != SmallestBlock) {
+        delete[] block;
+        return;
+    }
+    // The character area is not aligned for a pointer.
+    memcpy(text, &m_pFreeList, sizeof m_pFreeList);
+    m_pFreeList = text;
+}
+
+void DString::SetLength(int n) {
+    Block()->m_Length = n;
+    m_Text[n] = '\0';
+}
+
+bool DString::HasRoom(long size) const {
+    return m_Text && size <= Block()->m_Alloc && Block()->m_Refs < 2;
+}
+
+void DString::Release() {
+    if (IsUnset()) return;
+    if (--Block()->m_Refs > 0) return;
+    FreeBlock(m_Text);
+    m_Text = nullptr;
+}
+
+bool DString::ReAlloc(int n) {
+    n = std::max(n, 0);
+    const long size = BlockSize(n);
+    if (!HasRoom(size)) {
+        char* text = NewBlock(size);
+        if (!text) return false;
+        if (m_Text) memcpy(text, m_Text, static_cast<size_t>(std::min(n, GetLength())));
+        Release();
+        m_Text = text;
+    }
+    SetLength(n);
+    return true;
+}
+
+char* DString::GetBuffer(int n) {
+    return ReAlloc(n) ? m_Text : nullptr;
+}
+
+void DString::Truncate(int n) {
+    ReAlloc(n);
+}
+
+void DString::TruncateBy(int n) {
+    if (n > GetLength()) return;
+    Truncate(GetLength() - std::max(n, 0));
+}
+
+void DString::AllocCopy(int n, const char* src) {
+    if (src == m_Text) return;
+    n = src ? std::max(n, 0) : 0;
+    const long size = BlockSize(n);
+    if (HasRoom(size)) {
+        memmove(m_Text, src ? src : DEmptyString, static_cast<size_t>(n));
+    } else {
+        char* text = NewBlock(size);
+        if (!text) return;
+        // src may be a piece of the old text, so that is released last.
+        memcpy(text, src ? src : DEmptyString, static_cast<size_t>(n));
+        Release();
+        m_Text = text;
+    }
+    SetLength(n);
+}
+
+DString& DString::Copy(const DString& other) {
+    AllocCopy(other.GetLength(), other.m_Text);
+    return *this;
+}
+
+void DString::ConcatSelf(int n, const char* src) {
+    if (n < 1 || !src) return;
+    const int length = GetLength();
+    if (n > npos - length) return;
+    const long size = BlockSize(length + n);
+    if (HasRoom(size)) {
+        memmove(m_Text + length, src, static_cast<size_t>(n));
+    } else {
+        char* text = NewBlock(size);
+        if (!text) return;
+        memcpy(text, *this, static_cast<size_t>(length));
+        memcpy(text + length, src, static_cast<size_t>(n));
+        Release();
+        m_Text = text;
+    }
+    SetLength(length + n);
+}
+
+void DString::SetChar(int i, char c) {
+    if (i < 0 || i >= GetLength()) return;
+    if (GetRefs() > 1 && !ReAlloc(GetLength())) return;
+    m_Text[i] = c;
+}
+
+// ---- Construction and assignment
+
+DString::DString(const DString& other) : m_Text(other.m_Text) {
+    if (!IsUnset()) ++Block()->m_Refs;
+}
+
+// From null, since `s` may be the shared empty text, and the block is to be the string's own.
+DString::DString(const char* s, int n) : m_Text(nullptr) {
+    n = s ? static_cast<int>(strnlen(s, static_cast<size_t>(std::max(n, 0)))) : 0;
+    AllocCopy(n, s ? s : "");
+}
+
+DString::DString(char c, int n) : DString() {
+    n = std::max(n, 0);
+    if (ReAlloc(n)) memset(m_Text, c, static_cast<size_t>(n));
+}
+
+DString::DString(const DString& s, int start, int n) : DString() {
+    const int length = s.GetLength();
+    if (length == 0) return;
+    if (start < 0) start = length;
+    start = std::min(start, length);
+    n = std::min(std::max(n, 0), length - start);
+    AllocCopy(n, n > 0 ? s.m_Text + start : "");
+}
+
+DString::~DString() {
+    Release();
+}
+
+DString& DString::operator=(const DString& other) {
+    DString old(other);
+    std::swap(m_Text, old.m_Text);
+    return *this;
+}
+
+DString& DString::operator=(const char* s) {
+    AllocCopy(TextLength(s), s);
+    return *this;
+}
+
+DString& DString::operator=(char c) {
+    AllocCopy(1, &c);
+    return *this;
+}
+
+// ---- Comparison
+
+bool DString::operator==(const DString& other) const {
+    if (!m_Text || GetLength() != other.GetLength()) return false;
+    return m_Text == other.m_Text || strcasecmp(m_Text, other) == 0;
+}
+
+bool DString::operator==(const char* s) const {
+    return m_Text && strcmp(m_Text, s ? s : DEmptyString) == 0;
+}
+
+// ---- Concatenation
+
+DString& DString::operator+=(const DString& other) {
+    ConcatSelf(other.GetLength(), other.m_Text);
+    return *this;
+}
+
+DString& DString::operator+=(const char* s) {
+    ConcatSelf(TextLength(s), s);
+    return *this;
+}
+
+DString& DString::operator+=(char c) {
+    ConcatSelf(1, &c);
+    return *this;
+}
+
+DString operator+(const DString& left, const DString& right) {
+    DString result(left);
+    result += right;
+    return result;
+}
+
+DString operator+(const DString& left, char right) {
+    DString result(left);
+    result += right;
+    return result;
+}
+
+DString operator+(const DString& left, const char* right) {
+    DString result(left);
+    result += right;
+    return result;
+}
+
+DString operator+(char left, const DString& right) {
+    DString result(left);
+    result += right;
+    return result;
+}
+
+DString operator+(const char* left, const DString& right) {
+    DString result(left);
+    result += right;
+    return result;
+}
