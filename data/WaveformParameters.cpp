@@ -120,7 +120,6 @@ float PeakIntegral(const Waveform& trace) {
 
 float StandardDeviation(const Waveform& trace) {
     const int points = trace.Count();
-    if (points < 0) return 0.0f;
     const float mean = SumOfSamples(trace, 0, points) / static_cast<float>(points);
     const float divisor = points >= 2 ? static_cast<float>(points - 1) : 1.0f;
     return sqrtf(std::max(SumOfSquares(trace, mean) / divisor, 0.0f));

@@ -38,8 +38,7 @@ DString Experiment::GetShotData(const DString& key) {
 
 void Experiment::SetShotData(const DString& key, const DString& value) {
     if (m_ShotFolder.IsEmpty() || key.IsEmpty()) return;
-    if (strcasecmp(key, "Comment") == 0 && value.GetLength() == m_ShotName.GetLength() &&
-        strcasecmp(value, m_ShotName) == 0) {
+    if (strcasecmp(key, "Comment") == 0 && m_ShotName == value) {
         MsgBox("Attempt to write shot name to comment, in base");
         return;
     }

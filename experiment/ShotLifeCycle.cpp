@@ -62,8 +62,7 @@ int Experiment::ChooseGroup(const DString& shot) const {
 bool Experiment::RenameShot(DString newName) {
     if (m_ShotName.IsEmpty() || !HasGroup(m_CurrentGroup)) return false;
     DString target = ShotPath(m_CurrentGroup, newName);
-    const bool caseOnly =
-        newName.GetLength() == m_ShotName.GetLength() && strcasecmp(newName, m_ShotName) == 0;
+    const bool caseOnly = newName == m_ShotName;
     DString taken(target);
     if (!caseOnly && FolderExists(taken)) {
         Message("Shot " + newName + " already exists, rename aborted");

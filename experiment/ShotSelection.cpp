@@ -22,10 +22,6 @@ DString LastElement(const DString& path) {
     return name;
 }
 
-bool EqualIgnoringCase(const DString& a, const DString& b) {
-    return a.GetLength() == b.GetLength() && strcasecmp(a, b) == 0;
-}
-
 }  // namespace
 
 // ---- Selection
@@ -69,7 +65,7 @@ int Experiment::GuessPathFromShot(DString& shot) const {
     DString leaf;
     SplitPathElts(shot, groupName, leaf);
     for (int i = 0; !groupName.IsEmpty() && i < m_GroupPaths.Count(); ++i) {
-        if (!EqualIgnoringCase(LastElement(m_GroupPaths[i]), groupName)) continue;
+        if (LastElement(m_GroupPaths[i]) != groupName) continue;
         if (!HasShot(i, leaf)) continue;
         shot = leaf;
         return i;

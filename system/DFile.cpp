@@ -145,8 +145,9 @@ DString DFile::GetText(const DString& name) {
     if (!file.Open(name, ReadMode | BinaryMode)) return text;
     char* buffer = text.GetBuffer(length);
     if (!buffer) return DString();
-    const int delivered = file.BRead(buffer, length);
-    memset(buffer + delivered, 0, static_cast<size_t>(length - delivered));
+    // A file that another process cuts meanwhile ends where it does now: a settings document that is
+    // being rewritten must read as empty and not as zero bytes, so that it is read again.
+    text.Truncate(file.BRead(buffer, length));
     return text;
 }
 
