@@ -60,7 +60,7 @@ DString ExpandTemplate(const DString& text) {
 void StringArgs(DString& text, int& length, char* buffer) {
     const int room = buffer ? std::max(length, 0) : 0;
     if (text.GetLength() > room) text.Truncate(room);
-    length = text.GetLength();
+    length = std::min(text.GetLength(), room);  // a cut that finds no memory leaves the text whole
     if (length > 0) memcpy(buffer, text, static_cast<size_t>(length));
 }
 

@@ -15,14 +15,14 @@
  * 3. Text comes out into a buffer of the caller's. On entry *length is the room in the buffer, on
  *    return the number of bytes written there. NO TERMINATOR IS WRITTEN: go by *length. A longer
  *    result is cut to the room, and nothing tells that it was cut. A room below 0, or a null
- * buffer, counts as no room.
+ *    buffer, counts as no room.
  * 4. Arrays belong to the caller, who sizes them. The library keeps no pointer to anything that it
  *    is given, and never returns a pointer to memory of its own.
  * 5. Numbers are int and single-precision float. A scalar that can't be evaluated is -3.3e38;
- * values of 9.9e34 and beyond, to either side, are never valid results.
+ *    values of 9.9e34 and beyond, to either side, are never valid results.
  * 6. Calls that can fail in a way the caller should know of return 1 for success and 0 for failure.
  *    What there is to say about a failure is printed on standard output. The others do nothing
- * where they can't do their work.
+ *    where they can't do their work.
  * 7. Nothing throws, aborts or exits.
  *
  * Not supported: several experiments at once, several threads, and being told that a result was
@@ -35,8 +35,7 @@
 extern "C" {
 #endif
 
-/* ---- The library ------------------------------------------------------------------------------
- */
+/* ---- The library ----------------------------------------------------------------------------- */
 
 /**
  * Starts a session. `path` is the install folder; "$L" behind it (in either case) switches verbose
@@ -44,8 +43,9 @@ extern "C" {
  * path is taken from the current directory.
  *
  * A second call with the same path, in any case, changes nothing. One with another path starts
- * anew: the log is begun again and the sinks are reset; the experiment stays. An empty path before
- * any other counts as such a repeat.
+ * anew: the log is begun again and the sinks are reset; the experiment stays. So does a repeated
+ * relative path, since it is kept as the absolute one. An empty path stands for the folder of the
+ * running program, but before any other path it counts as a repeat.
  */
 void InitializeTarselC(const char* path);
 
@@ -63,8 +63,7 @@ void CSleep(int milliseconds);
  */
 void NotifyC(int type, int value, const char* text);
 
-/* ---- The session ------------------------------------------------------------------------------
- */
+/* ---- The session ----------------------------------------------------------------------------- */
 
 /**
  * One of the session's strings, by convention 3:
@@ -117,8 +116,7 @@ void GetStringDataC(const char* name, int* length, char* buffer);
 /** Sets a field of the current shot; an empty value deletes it. */
 void SetStringDataC(const char* name, const char* value);
 
-/* ---- Scalars ----------------------------------------------------------------------------------
- */
+/* ---- Scalars --------------------------------------------------------------------------------- */
 
 /**
  * A field, or an expression over fields and data of the current shot, as a number: "Charge*2",

@@ -56,7 +56,7 @@ public:
     virtual void Notify(NotifyType type, int value, const DString& text) = 0;
     /// For hosts and plug-ins that are handed a sink; the library never asks.
     virtual bool AbortRequested() { return false; }
-    virtual ~DNotify() {}
+    virtual ~DNotify() = default;
 };
 
 /// The sink of the C and IDL interfaces. An empty text is dropped. NT_Message is printed on
