@@ -8,11 +8,17 @@ target_sources(Tarsel PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FI
     Tarsel.h
     core/CFunctions.h
     core/CoreGlobal.h
+    core/TarselIDL.h
     data/DataPtr.h
+    data/Geometry.h
+    data/Matrix.h
+    data/ParticleGroup.h
     data/Waveform.h
     experiment/Experiment.h
     system/DFile.h
     system/DIni.h
+    system/DLLConnect.h
+    system/DLibrary.h
     system/DSystem.h
     types/DArray.h
     types/DString.h
@@ -23,6 +29,9 @@ install(TARGETS Tarsel EXPORT TarselTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarsel
 )
+
+# The functions for programs in the IDL language look for the library two folders above themselves.
+install(FILES idl/tarsel.pro DESTINATION ${CMAKE_INSTALL_LIBDIR}/tarsel/idl)
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/Tarsel)
 install(EXPORT TarselTargets NAMESPACE Tarsel:: DESTINATION ${package_folder})

@@ -21,9 +21,7 @@ void StringResult(DString text, int* length, char* buffer) {
 }
 
 // A host that started the session by itself is told which shot it has now.
-bool TellsHost() {
-    return !mFromExternal && QNot;
-}
+bool TellsHost() { return !mFromExternal && QNot; }
 
 // "*" and the current directory's last element, without "Shot" in front.
 DString NameFromCurrentDirectory() {
@@ -82,17 +80,11 @@ void InitializeTarselC(const char* path) {
     if (logging) Log("InitializeTarselC called from external code at " + Now());
 }
 
-int TestFuncC() {
-    return 316;
-}
+int TestFuncC() { return 316; }
 
-void CSleep(int milliseconds) {
-    DSleep(milliseconds);
-}
+void CSleep(int milliseconds) { DSleep(milliseconds); }
 
-void NotifyC(int type, int value, const char* text) {
-    Notify(type, value, text);
-}
+void NotifyC(int type, int value, const char* text) { Notify(type, value, text); }
 
 // ---- The session
 
@@ -169,15 +161,11 @@ void GetStringDataC(const char* name, int* length, char* buffer) {
     StringResult(Expt.GetShotData(name), length, buffer);
 }
 
-void SetStringDataC(const char* name, const char* value) {
-    Expt.SetShotData(name, value);
-}
+void SetStringDataC(const char* name, const char* value) { Expt.SetShotData(name, value); }
 
 // ---- Scalars
 
-float GetScalarDataC(const char* name) {
-    return Expt.GetScalarData(name, nullptr);
-}
+float GetScalarDataC(const char* name) { return Expt.GetScalarData(name, nullptr); }
 
 void GetScalarDataSafeC(const char* text, int* length, char* buffer) {
     constexpr int TemplateRoom = 60;
@@ -187,6 +175,4 @@ void GetScalarDataSafeC(const char* text, int* length, char* buffer) {
                  length, buffer);
 }
 
-void SetScalarDataC(const char* name, float value) {
-    Expt.SetScalarData(name, value);
-}
+void SetScalarDataC(const char* name, float value) { Expt.SetScalarData(name, value); }

@@ -140,7 +140,8 @@ void GetScalarDataSafeC(const char* text, int* length, char* buffer);
 
 /**
  * Sets a field of the current shot to a number, or with a name of the form "trace\t1" one of the
- * twelve numbers (t1 to t9, ta, tb, tc) that are stored with a trace. Any other name with a
+ * twelve numbers (t1 to t9, ta, tb, tc) that are stored with a trace; where there is no trace of
+ * that name, one of the five (t1 to t5) that are stored with a matrix. Any other name with a
  * backslash does nothing.
  */
 void SetScalarDataC(const char* name, float value);
@@ -172,6 +173,59 @@ void SetWaveformC(const char* name, float start, float step, int points, const f
  * than 2 points do nothing.
  */
 void SetWaveformXYC(const char* name, int points, const float* xy);
+
+/* ---- Matrices --------------------------------------------------------------------------------
+ *
+ * Values on a grid of rows, columns and layers; the number of a dimension is 1, 2 or 3 in this
+ * order. The values of a matrix of n1 by n2 by n3 run with the row fastest and the layer slowest. A
+ * matrix without layers has n3 = 1.
+ */
+
+/**
+ * Size, first coordinate and step of each axis. The step is (last - first) / (size - 1), so it is
+ * no number for an axis of one point. A missing matrix is 1 by 1 by 1.
+ */
+void GetMatrixInfoC(const char* name, int* n1, float* start1, float* step1, int* n2, float* start2,
+                    float* step2, int* n3, float* start3, float* step3);
+
+/**
+ * The n1 * n2 * n3 values of a matrix. If one of the sizes isn't that of the matrix, nothing is
+ * copied, and nothing tells so.
+ */
+void GetMatrixC(const char* name, int n1, int n2, int n3, float* data);
+
+/** Stores n1 * n2 * n3 values of `data` as a matrix on evenly spaced axes. */
+void SetMatrixC(const char* name, int n1, int n2, int n3, const float* data, float start1,
+                float step1, float start2, float step2, float start3, float step3);
+
+/* ---- Particle groups --------------------------------------------------------------------------
+ *
+ * A particle is 8 floats: position, vector, and two more that are stored only. `geometry` tells the
+ * coordinates of position and vector: 0 for x, y, z, any other value for radius, angle, z. `first`
+ * and `second` are two numbers that belong to the group.
+ */
+
+/** The particles in the file, their coordinates, and the group's numbers; zeros for a missing one.
+ */
+void GetPGroupInfoC(const char* name, int* total, int* geometry, float* second, float* first);
+
+/**
+ * Reads particles from particle `start` on. *count is how many are wanted, negative for all (from
+ * the first on, at most 10,000,000); on return it is how many were read. `data` has room for 8
+ * floats each. A `start` of -77 reads from the first particle on and converts to x, y, z.
+ */
+void GetPGroupC(const char* name, int* count, int start, float* data);
+
+/** Stores `count` particles of `data` as a group; they are in the stated coordinates already. */
+void SetPGroupC(const char* name, int count, int geometry, const float* data, float second,
+                float first);
+
+/**
+ * Adds particles to the end of a group's file, or stores them as a new one. The file keeps its
+ * coordinates and numbers; those given here count only for a new one.
+ */
+void AppendPGroupC(const char* name, int count, int geometry, const float* data, float second,
+                   float first);
 
 #ifdef __cplusplus
 }

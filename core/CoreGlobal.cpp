@@ -12,6 +12,7 @@
 #include "experiment/Experiment.h"
 #include "system/DFile.h"
 #include "system/DIni.h"
+#include "system/DLibrary.h"
 #include "system/DSystem.h"
 #include "types/StartUp.h"
 
@@ -34,31 +35,31 @@ constinit DNotify* mNotify = nullptr;
 /// The Timer value at the start of the session, from which the log counts.
 constinit double sttime = 0.0;
 
-DString LogPath() {
-    return AppendPathElts(GetUserPath(), "Log.txt");
-}
+DString LogPath() { return AppendPathElts(GetUserPath(), "Log.txt"); }
 
 DString LogLine(const DString& text) {
     const double now = Timer();
     return text + " by " + Format(now > sttime ? now - sttime : 0.0, "%.2e");
 }
 
-// For a sink of a host that is not there.
-void Print(const DString& text) {
-    puts(text);
+// The plug-in module that runs macros. What it can't be found for has gone out as a message.
+void RunMacro(const DString& text) {
+    using Entry = void (*)(const DString&, int);
+    bool found = true;
+    void* entry = GetProc(GetTarselPath(), "Calculation", "RunMacro", found, 0);
+    if (entry) reinterpret_cast<Entry>(entry)(text, 0);
 }
+
+// For a sink of a host that is not there.
+void Print(const DString& text) { puts(text); }
 
 }  // namespace
 
 // ---- Sinks
 
-void SetNotify(DNotify* sink) {
-    mNotify = sink;
-}
+void SetNotify(DNotify* sink) { mNotify = sink; }
 
-void SetQNotify(QNotify* sink) {
-    QNot = sink;
-}
+void SetQNotify(QNotify* sink) { QNot = sink; }
 
 void Notify(int type, int value, const DString& text) {
     if (mNotify) {
@@ -68,17 +69,11 @@ void Notify(int type, int value, const DString& text) {
     }
 }
 
-void Display(const DString& text) {
-    Notify(NT_Display, 0, text);
-}
+void Display(const DString& text) { Notify(NT_Display, 0, text); }
 
-void Message(const DString& text) {
-    Notify(NT_Message, 0, text);
-}
+void Message(const DString& text) { Notify(NT_Message, 0, text); }
 
-void MsgBox(const DString& text) {
-    Notify(NT_MsgBox, 0, text);
-}
+void MsgBox(const DString& text) { Notify(NT_MsgBox, 0, text); }
 
 void MacroCallback(const DString& text) {
     if (mNotify) mNotify->Notify(NT_MacroCallback, 0, text);
@@ -86,7 +81,9 @@ void MacroCallback(const DString& text) {
 
 void CFNotify::Notify(NotifyType type, int, const DString& text) {
     if (text.IsEmpty()) return;
-    if (type == NT_Log) {
+    if (type == NT_RunMacro) {
+        RunMacro(text);
+    } else if (type == NT_Log) {
         Log(text);
     } else if (type == NT_Message) {
         fputs(text, stdout);
@@ -115,9 +112,7 @@ void ClearLog() {
 
 // ---- Clock
 
-DString Now() {
-    return DString(static_cast<long>(time(nullptr)));
-}
+DString Now() { return DString(static_cast<long>(time(nullptr))); }
 
 double Timer() {
     struct timeval now;

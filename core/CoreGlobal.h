@@ -60,8 +60,9 @@ public:
 };
 
 /// The sink of the C and IDL interfaces. An empty text is dropped. NT_Message is printed on
-/// standard output, with a line feed unless the text ends in one; NT_Log goes to the log; all else
-/// is dropped. The value isn't used.
+/// standard output, with a line feed unless the text ends in one; NT_Log goes to the log,
+/// NT_RunMacro to the function RunMacro(const DString&, int) of the plug-in module Calculation in
+/// the install folder; all else is dropped. The value isn't used.
 class CFNotify : public DNotify {
 public:
     void Notify(NotifyType type, int value, const DString& text) override;

@@ -36,9 +36,10 @@ void WriteField(DFile& file, T value) {
     file.BWrite(&value, sizeof value);
 }
 
-/// Moves on by `bytes`, which may be negative. A seek that the stream refuses leaves the position.
-inline void SkipBytes(DFile& file, int64_t bytes) {
-    if (bytes != 0 && file.m_Stream) fseeko64(file.m_Stream, bytes, SEEK_CUR);
+/// Moves on by `bytes`, which may be negative. False where the stream refuses the seek, which
+/// leaves the position.
+inline bool SkipBytes(DFile& file, int64_t bytes) {
+    return bytes == 0 || (file.m_Stream && fseeko64(file.m_Stream, bytes, SEEK_CUR) == 0);
 }
 
 /// The most floats that one block transfer takes, whose byte count is an int: whole chunks of the
@@ -46,11 +47,12 @@ inline void SkipBytes(DFile& file, int64_t bytes) {
 constexpr int64_t FloatsPerTransfer = 525000000;
 
 /// Reads `count` floats in as many transfers as they need. Floats that the file doesn't have stay
-/// as they were. A count below 1 reads nothing.
+/// as they were, but one that the file's end cuts in two becomes 0. A count below 1 reads nothing.
 inline void ReadFloats(DFile& file, float* values, int64_t count) {
     for (int64_t done = 0; done < count; done += FloatsPerTransfer) {
         const int64_t n = std::min(FloatsPerTransfer, count - done);
-        file.BRead(values + done, static_cast<int>(n * int64_t{sizeof(float)}));
+        const int bytes = file.BRead(values + done, static_cast<int>(n * int64_t{sizeof(float)}));
+        if (bytes % int{sizeof(float)} != 0) values[done + bytes / int{sizeof(float)}] = 0.0f;
     }
 }
 

@@ -6,10 +6,12 @@
 #include <math.h>
 
 #include <algorithm>
+#include <concepts>
 
 /// Truncated towards zero. What doesn't fit saturates; a NaN gives 0.
-inline int SaturatedInt(float value) {
-    constexpr float Limit = 2147483648.0f;
+template <std::floating_point Float>
+int SaturatedInt(Float value) {
+    constexpr Float Limit = 2147483648.0f;
     if (isnan(value)) return 0;
     if (value >= Limit) return INT_MAX;
     if (value < -Limit) return INT_MIN;
@@ -17,29 +19,24 @@ inline int SaturatedInt(float value) {
 }
 
 /// The greatest integer not above `value`, saturated likewise.
-inline int FloorToInt(float value) {
-    return SaturatedInt(floorf(value));
-}
+inline int FloorToInt(float value) { return SaturatedInt(floorf(value)); }
 
 /// The greater magnitude of two extrema.
-inline float GreaterMagnitude(float a, float b) {
-    return std::max(fabsf(a), fabsf(b));
-}
+inline float GreaterMagnitude(float a, float b) { return std::max(fabsf(a), fabsf(b)); }
 
 /// A magnitude that is told from zero; smaller ones take the scale unit of 1e-30.
-inline bool IsScalable(float magnitude) {
-    return static_cast<double>(magnitude) >= 1e-30;
-}
+inline bool IsScalable(float magnitude) { return static_cast<double>(magnitude) >= 1e-30; }
 
 /// The decimal step size that fits a range of values up to `magnitude`: 5, 2 or 1 times a power of
-/// ten below it. For 7 it is 1, for 3 it is 0.5, for 1.5 it is 0.2.
+/// ten below it. For 7 it is 1, for 3 it is 0.5, for 1.5 it is 0.2. An infinite range has an
+/// infinite unit.
 inline float ScaleUnitOf(float magnitude) {
     constexpr float Log2Of10 = 3.321928f;
     float range = 1e-30f;
     int decade = -30;
     if (IsScalable(magnitude)) {
         range = magnitude;
-        decade = static_cast<int>(log10(static_cast<double>(range)));
+        decade = SaturatedInt(log10(static_cast<double>(range)));
         if (range < 1.0f) --decade;
     }
     const float unit = exp2f(static_cast<float>(decade) * Log2Of10);

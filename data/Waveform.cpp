@@ -155,13 +155,9 @@ bool IsLocked(const DString& fileName) {
 
 // ---- The record
 
-Waveform::Waveform(int n) : m_HeaderPoints(std::max(n, 0)) {
-    ReSize(1, n);
-}
+Waveform::Waveform(int n) : m_HeaderPoints(std::max(n, 0)) { ReSize(1, n); }
 
-Waveform::Waveform(Waveform const& other) : DArray<float>(other) {
-    CopyHeader(other);
-}
+Waveform::Waveform(Waveform const& other) : DArray<float>(other) { CopyHeader(other); }
 
 Waveform& Waveform::operator=(Waveform const& other) {
     if (this == &other) return *this;
@@ -172,9 +168,7 @@ Waveform& Waveform::operator=(Waveform const& other) {
 
 Waveform::~Waveform() = default;
 
-float Waveform::StartTime() const {
-    return m_TimeShift + m_InitialStart + m_ScopePT + m_ScopeTD;
-}
+float Waveform::StartTime() const { return m_TimeShift + m_InitialStart + m_ScopePT + m_ScopeTD; }
 
 void Waveform::CopyHeader(Waveform const& other) {
     m_TimePerPoint = other.m_TimePerPoint;

@@ -30,13 +30,9 @@ void Interpolate(const DArray<float>& source, double position, double increment,
 }
 
 // What counts as a minimum lies above this limit, so that the mark of a replaced sample never does.
-bool CanBeMinimum(float sample) {
-    return static_cast<double>(sample) > -9.9e33;
-}
+bool CanBeMinimum(float sample) { return static_cast<double>(sample) > -9.9e33; }
 
-bool IsGiven(float factor) {
-    return factor != 0.0f && IsVF(factor);
-}
+bool IsGiven(float factor) { return factor != 0.0f && IsVF(factor); }
 
 }  // namespace
 
@@ -128,9 +124,7 @@ void Waveform::SetCalAttOff(float cal, float att, float off) {
 
 // ---- Time to index
 
-int Waveform::Index(float time) const {
-    return FloorToInt((time - StartTime()) / m_TimePerPoint);
-}
+int Waveform::Index(float time) const { return FloorToInt((time - StartTime()) / m_TimePerPoint); }
 
 int Waveform::PointAtTime(float time) const {
     const float start = StartTime();

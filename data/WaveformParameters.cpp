@@ -218,9 +218,7 @@ float Measured(const Waveform& trace, float) {
     return Quantity(trace);
 }
 
-float Percent(const Waveform& trace, float argument) {
-    return argument * 0.01f * trace.m_Max;
-}
+float Percent(const Waveform& trace, float argument) { return argument * 0.01f * trace.m_Max; }
 
 constexpr TraceParameter TraceParameters[] = {
     {"t1", FreeNumber<0>},
@@ -287,9 +285,7 @@ float XYRiseTime(const Waveform& y, const Waveform& x, float from, float to) {
 }
 
 // The percentage runs the other way than in Percent.
-float XYPercent(const Waveform& y, float argument) {
-    return argument * 100.0f / y.m_Max;
-}
+float XYPercent(const Waveform& y, float argument) { return argument * 100.0f / y.m_Max; }
 
 using Trace = const Waveform&;
 

@@ -102,6 +102,4 @@ bool Experiment::ReleaseDataPtr(DString const& name, DataType type, void*& objec
     return result;
 }
 
-void Experiment::ClearDataPtrs() {
-    m_DataPtrs.Clear();
-}
+void Experiment::ClearDataPtrs() { m_DataPtrs.Clear(); }

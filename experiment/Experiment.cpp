@@ -31,6 +31,12 @@ bool Experiment::SetExperimentFolder(const DString& folder) {
     return true;
 }
 
+// Empty without an experiment: a document without a file keeps what it is told to itself.
+DString Experiment::DefinitionFile() const {
+    if (m_ExperimentName.IsEmpty()) return DString();
+    return AppendPathElts(m_ExperimentFolder, m_ExperimentName) + ".ini";
+}
+
 void Experiment::ReadDefinition() {
     m_GroupPaths.Clear();
     m_GroupPaths.Size(1);
@@ -38,7 +44,7 @@ void Experiment::ReadDefinition() {
     CreateFolder(shots);
     m_GroupPaths[0] = shots;
 
-    DIni definition(AppendPathElts(m_ExperimentFolder, m_ExperimentName) + ".ini");
+    DIni definition(DefinitionFile());
     definition.SetSection("General");
     m_Description = definition.GetKeyValue("Description", nullptr);
     ReadGroups(definition.GetFullSection("Groups"));

@@ -154,6 +154,49 @@ public:
     /// Rebuilds the shot's section of the group's file from the shot's own.
     void SetShotCacheData();
 
+    // Sets of shots, as parallel arrays of names and groups; `dates` may be null
+
+    /// The shots of the group whose folder is FullPath(set) that match `filter`: a wildcard, or
+    /// with a ":" in it a range. The set "(Shot list)", in any case, means that `filter` names a
+    /// saved list. Only shots that hold `dataName` are kept, unless that is empty or "*"; ".wvf" is
+    /// added to it if it holds no ".". A wildcard gives the dates of the fields' files, a range or
+    /// list 0.
+    void GetShotSet(const DString& set, const DString& filter, DString dataName,
+                    DStringArray& names, DArray<int>& groups, DArray<long>* dates);
+    /// The existing shots of a range or a saved list (docs/experiment.md). In a range, a shot that
+    /// isn't in `group` (-1: that of the first shot) is looked for in all groups, and its group is
+    /// then tried for the lower numbers too; a group below -1 gives every name of the range in that
+    /// group, unchecked. A list names each shot's group and isn't searched. An empty text and a
+    /// range without a first part empty `names` alone.
+    void GetShotList(const DString& list, int group, DStringArray& names, DArray<int>& groups,
+                     DArray<long>* dates);
+    /// Writes a list file into the folder ShotLists, under the name as it is given.
+    void SaveShotList(const DString& fileName, DStringArray& names, DArray<int>& groups);
+    /// Adds shots to those of the list file `source`, a path, and saves the result as `fileName`.
+    /// The group of a shot that the file had already becomes -1 in `groups`; shots whose group is
+    /// negative are left out.
+    void MergeShotList(DString source, const DString& fileName, DStringArray& names,
+                       DArray<int>& groups);
+
+    // Backups and run stamps
+
+    /// Stores the backup root in the definition file, cut back to the folder above if it ends in
+    /// the experiment's name. "![Shot]", in any case, means the shot's own folder.
+    void SetBackupPath(DString path);
+    /// The backup root, made if it is missing; "![Shot]" as it was stored. Without a setting it is
+    /// "\Backup", a name in its own right below no folder.
+    DString GetBackupPath();
+    /// A free folder for a copy of a shot folder (empty: the current one): "Backup" and the shot's
+    /// name in the shot itself for the root "![Shot]", exactly so; otherwise the shot's place below
+    /// the experiment's parent, mirrored below the root. "_1", "_2" and so on is put behind a name
+    /// that is taken.
+    DString GetBackupShotFolder(DString folder);
+    /// Copies the current shot to GetBackupShotFolder.
+    void BackupShot();
+    /// Replaces the section LastRun of a settings document by the shot, its group's folder and the
+    /// time, in one write.
+    void StampConfigFile(DIni& ini);
+
     // Data references
 
     /// The file of a data reference, without suffix; empty if its shot isn't found. Fields in the
@@ -215,6 +258,9 @@ private:
     bool HasShot(int group, const DString& shot) const;
     bool HasGroup(int group) const { return group >= 0 && group < m_GroupPaths.Count(); }
     DString CacheSection() const;
+    class ShotRange;
+
+    DString DefinitionFile() const;
     void ReadDefinition();
     void ReadGroups(const DStringArray& lines);
     void AddGroups(const DString& pattern);
@@ -222,6 +268,15 @@ private:
     void LoadFields();
     void LoadCache();
     int ChooseGroup(const DString& shot) const;
+    void FindShots(int group, const DString& filter, DStringArray& names, DArray<int>& groups,
+                   DArray<long>* dates) const;
+    bool FindInRange(DString& name, int& group) const;
+    void FindRange(const ShotRange& range, int group, DStringArray& names,
+                   DArray<int>& groups) const;
+    void KeepShotsWith(const DString& dataName, DStringArray& names, DArray<int>& groups,
+                       DArray<long>* dates) const;
+    void ParseShotLine(const DString& line, DString& name, int& group) const;
+    void ReadShotList(const DString& list, DStringArray& names, DArray<int>& groups);
     void SetTraceParameter(const DString& key, int backslash, float value);
     bool ResolveBrackets(DString& text, ValueCallback callback, float& result);
     bool ResolveParentheses(DString& text, ValueCallback callback);

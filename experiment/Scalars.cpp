@@ -1,7 +1,8 @@
 // Scalars: an expression read as a number, and a number written to a field or a stored parameter.
-#include <string.h>
+#include <iterator>
 
 #include "core/CoreGlobal.h"
+#include "data/Matrix.h"
 #include "data/Waveform.h"
 #include "experiment/Experiment.h"
 
@@ -15,6 +16,26 @@ int ParameterIndex(char c) {
         if (c == Parameters[i] || c == Capitals[i]) return i;
     }
     return -1;
+}
+
+// Sets a number stored with a trace; false if there is no trace with points of that name.
+bool SetTraceNumber(const DString& path, int index, float value) {
+    Waveform waveform(0);
+    waveform.Read(path, -1);
+    if (waveform.Count() == 0) return false;
+    waveform.m_Params[index] = value;
+    waveform.Write(path);
+    return true;
+}
+
+// The same for a matrix, which has fewer numbers. A name with a range stands for a part, which must
+// not be written over the whole.
+void SetMatrixNumber(const DString& path, int index, float value) {
+    Matrix matrix(1, 1, 1);
+    if (index >= static_cast<int>(std::size(matrix.m_Params)) || path.Find('[', 0) != npos) return;
+    if (!matrix.Read(path, -1, 0) || matrix.Count() < 2) return;
+    matrix.m_Params[index] = value;
+    matrix.Write(path);
 }
 
 }  // namespace
@@ -41,9 +62,5 @@ void Experiment::SetTraceParameter(const DString& key, int backslash, float valu
     if (index < 0) return;
     const DString path = GetDataFileName(key.Left(backslash));
     if (path.IsEmpty()) return;
-    Waveform waveform(0);
-    waveform.Read(path, -1);
-    if (waveform.Count() == 0) return;
-    waveform.m_Params[index] = value;
-    waveform.Write(path);
+    if (!SetTraceNumber(path, index, value)) SetMatrixNumber(path, index, value);
 }

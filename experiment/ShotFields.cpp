@@ -10,9 +10,7 @@ const char FieldsSection[] = "Fields";
 
 }  // namespace
 
-DString Experiment::CacheSection() const {
-    return "Shot" + m_ShotName;
-}
+DString Experiment::CacheSection() const { return "Shot" + m_ShotName; }
 
 void Experiment::LoadFields() {
     m_ScalarsIni.SetFileName(m_ScalarsFile);

@@ -94,15 +94,11 @@ void Experiment::SetTempShot(const DString& name, int group) {
     SetShot(wanted, group);
 }
 
-void Experiment::ResetShot() {
-    SetShot(m_SavedShotName, m_SavedGroup);
-}
+void Experiment::ResetShot() { SetShot(m_SavedShotName, m_SavedGroup); }
 
 // ---- Paths
 
-DString Experiment::GetCurPath() const {
-    return GetShotGroupPath(m_CurrentGroup);
-}
+DString Experiment::GetCurPath() const { return GetShotGroupPath(m_CurrentGroup); }
 
 DString Experiment::GetShotGroupPath(int group) const {
     return HasGroup(group) ? m_GroupPaths[group] : DString();

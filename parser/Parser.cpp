@@ -10,6 +10,8 @@
 #include <limits>
 
 #include "core/CoreGlobal.h"
+#include "data/Matrix.h"
+#include "data/ParticleGroup.h"
 #include "data/Waveform.h"
 #include "experiment/Experiment.h"
 #include "types/StartUp.h"
@@ -34,13 +36,9 @@ constexpr float InvalidValue = -std::numeric_limits<float>::infinity();
 // The length of every function's name.
 constexpr int FunctionLength = 3;
 
-bool IsTrue(const DString& text) {
-    return strcasecmp(text, "True") == 0;
-}
+bool IsTrue(const DString& text) { return strcasecmp(text, "True") == 0; }
 
-bool Contains(const DString& set, char c) {
-    return c != '\0' && set.Find(c, 0) != npos;
-}
+bool Contains(const DString& set, char c) { return c != '\0' && set.Find(c, 0) != npos; }
 
 bool IsFunctionName(const DString& name, const char* function) {
     return name.GetLength() == FunctionLength && strcasecmp(name, function) == 0;
@@ -110,9 +108,7 @@ int NextInAddend(const DString& text, int i) {
     }
 }
 
-bool IsSign(char c) {
-    return c == '+' || c == '-';
-}
+bool IsSign(char c) { return c == '+' || c == '-'; }
 
 }  // namespace
 
@@ -309,7 +305,8 @@ float Experiment::ParseSingle(DString text, ValueCallback callback) {
     return GetShotData(text).ToFloat(value, 0) ? value : InvalidValue;
 }
 
-// A data reference, the backslash, and a parameter of the data object.
+// A data reference, the backslash, and a parameter of the data object: of a trace, or else of a
+// matrix, or else of a particle group. Of those two no more than the header and a layer is read.
 float Experiment::ParseObjectTerm(DString text, int backslash) {
     const int last = text.GetLength() - 1;
     if (text[last] == CloseArgument) {
@@ -318,9 +315,15 @@ float Experiment::ParseObjectTerm(DString text, int backslash) {
     }
     const DString name = CleanDataFileName(text.Left(backslash));
     const DString parameter = text.Mid(backslash + 1, npos);
-    void* object = GetDataPtr(name, DataWaveform);
-    if (!object) return InvalidValue;
-    const float value = static_cast<const Waveform*>(object)->GetTraceParam(parameter);
-    ReleaseDataPtr("", DataWaveform, object);
-    return value;
+    if (void* object = GetDataPtr(name, DataWaveform)) {
+        const float value = static_cast<const Waveform*>(object)->GetTraceParam(parameter);
+        ReleaseDataPtr("", DataWaveform, object);
+        return value;
+    }
+    const DString path = GetDataFileName(name);
+    if (path.IsEmpty()) return InvalidValue;
+    Matrix matrix(1, 1, 1);
+    if (matrix.Read(path, 0, 0)) return matrix.GetMatrixParam(parameter);
+    ParticleGroup group(0);
+    return group.Read(path, 0, 0) ? group.GetPGroupParam(parameter) : InvalidValue;
 }

@@ -67,9 +67,7 @@ bool WriteWhole(const DString& name, const char* mode, const DString& text,
 
 // ---- Streams
 
-DFile::~DFile() {
-    Close();
-}
+DFile::~DFile() { Close(); }
 
 bool DFile::Open(DString name, int mode) {
     Close();
@@ -102,7 +100,10 @@ void DFile::DSRead(DString& target, bool shortLength) {
     const int length = shortLength ? ReadLength<int16_t>(*this) : ReadLength<int32_t>(*this);
     if (length <= 0) return;
     char* text = target.GetBuffer(length);
-    if (!text) return;
+    if (!text) {
+        fseeko64(m_Stream, length, SEEK_CUR);  // what stands behind the text is read all the same
+        return;
+    }
     const int delivered = BRead(text, length);
     memset(text + delivered, 0, static_cast<size_t>(length - delivered));
 }
@@ -145,8 +146,8 @@ DString DFile::GetText(const DString& name) {
     if (!file.Open(name, ReadMode | BinaryMode)) return text;
     char* buffer = text.GetBuffer(length);
     if (!buffer) return DString();
-    // A file that another process cuts meanwhile ends where it does now: a settings document that is
-    // being rewritten must read as empty and not as zero bytes, so that it is read again.
+    // A file that another process cuts meanwhile ends where it does now: a settings document that
+    // is being rewritten must read as empty and not as zero bytes, so that it is read again.
     text.Truncate(file.BRead(buffer, length));
     return text;
 }

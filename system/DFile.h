@@ -9,7 +9,7 @@
 #include <stdio.h>
 #include <wchar.h>
 
-#include "types/DString.h"
+#include "types/DStringArray.h"
 
 class DFile {
 public:
@@ -48,10 +48,29 @@ public:
     /// blank line both give an empty text.
     void ReadLine(DString& target, int bufferSize);
 
+    /// ReadLine, split at `delim` into `result`, which is emptied first.
+    void ReadLineArray(DStringArray& result, int bufferSize, const char* delim);
+
     /// The whole file; empty if it is missing, empty or a folder.
     static DString GetText(const DString& name);
     /// Replaces the file by `text`. True if it could be opened, whatever the write then did.
     static bool WriteText(const DString& name, DString text);
     /// Appends `text` and LDelim. True if the file could be opened.
     static bool WriteLine(const DString& name, const DString& text);
+
+    /// The lines of a file, with either kind of line end; none if it is missing. A line end at the
+    /// very end adds no line.
+    static void GetLines(const DString& name, DStringArray& lines);
+    /// The lines, each split at `delim` into a row.
+    static void GetStringTable(const DString& name, DArray<DStringArray>& rows, const char* delim);
+    /// The lines, each split at `delim` into a column: what WriteArray wrote comes back transposed.
+    static void GetArray(const DString& name, DStringArray& table, const char* delim);
+    /// Replace a file by lines, or by the rows of a table with `delim` between their cells; LDelim
+    /// stands between lines and not behind the last. True if the file could be opened.
+    static bool WriteLines(const DString& name, DStringArray& lines);
+    static bool WriteArray(const DString& name, DStringArray& table, const char* delim);
+    /// Copies a file block by block; one whose size doesn't fit an int is copied in part or not at
+    /// all. Nothing happens if one of the two can't be opened, or both are the same file. Always
+    /// true.
+    static bool CopyLargeFile(DString& source, DString& target);
 };

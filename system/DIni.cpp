@@ -4,13 +4,9 @@
 #include <limits.h>
 #include <strings.h>
 
-DIni::DIni(const DString& fileName) {
-    SetFileName(fileName);
-}
+DIni::DIni(const DString& fileName) { SetFileName(fileName); }
 
-bool DIni::HasSection() const {
-    return m_Section >= 0 && m_Section < m_Sections.Count();
-}
+bool DIni::HasSection() const { return m_Section >= 0 && m_Section < m_Sections.Count(); }
 
 void DIni::AppendSection(const DString& name, const DStringArray& lines) {
     m_Lines.Add(lines, 1);
@@ -34,9 +30,7 @@ void DIni::SetSection(const DString& name) {
     m_Section = m_Sections.Count() - 1;
 }
 
-bool DIni::SectionExists(const DString& name) const {
-    return m_Sections.Index(name) >= 0;
-}
+bool DIni::SectionExists(const DString& name) const { return m_Sections.Index(name) >= 0; }
 
 DStringArray DIni::GetFullSection(const DString& name) const {
     const int index = m_Sections.Index(name);
@@ -55,9 +49,7 @@ void DIni::SetFullSection(const DString& name, const DStringArray& lines) {
     WriteThrough();
 }
 
-void DIni::AddSection(const DString& name, DStringArray& lines) {
-    SetFullSection(name, lines);
-}
+void DIni::AddSection(const DString& name, DStringArray& lines) { SetFullSection(name, lines); }
 
 void DIni::RenameSection(const DString& oldName, const DString& newName) {
     const int index = m_Sections.Index(oldName);
@@ -78,9 +70,7 @@ void DIni::DeleteSection(const DString& name) {
 
 // ---- Keys
 
-int DIni::nKeys() const {
-    return HasSection() ? m_Lines[m_Section].Count() : 0;
-}
+int DIni::nKeys() const { return HasSection() ? m_Lines[m_Section].Count() : 0; }
 
 int DIni::keyindex(const DString& key, int& valueStart) const {
     if (!HasSection() || key[0] == ';') return -1;

@@ -9,14 +9,10 @@
 
 namespace {
 
-bool IsHeading(const DString& line) {
-    return line[0] == '[';
-}
+bool IsHeading(const DString& line) { return line[0] == '['; }
 
 // A heading's name runs up to its last "]"; without one it is the whole rest.
-DString HeadingName(const DString& line) {
-    return line.Mid(1, npos).BeforeLast(']', true);
-}
+DString HeadingName(const DString& line) { return line.Mid(1, npos).BeforeLast(']', true); }
 
 // A file that exists and is empty may be in the middle of another process's write.
 DString ReadWithRetries(const DString& fileName) {

@@ -46,25 +46,15 @@ void OpenMainSettings() {
 
 }  // namespace
 
-DString GetTarselPath() {
-    return m_TarselPath;
-}
+DString GetTarselPath() { return m_TarselPath; }
 
-DString GetUserPath() {
-    return m_UserPath;
-}
+DString GetUserPath() { return m_UserPath; }
 
-DString GetWorkingPath() {
-    return m_WorkingPath;
-}
+DString GetWorkingPath() { return m_WorkingPath; }
 
-DString GetComputerNameD() {
-    return m_ComputerName;
-}
+DString GetComputerNameD() { return m_ComputerName; }
 
-DString GetLocalSettingsPath() {
-    return DString(getenv("HOME")) + "/.Tarsel";
-}
+DString GetLocalSettingsPath() { return DString(getenv("HOME")) + "/.Tarsel"; }
 
 void SetTarselPath(const DString& path) {
     if (path.IsEmpty()) {

@@ -30,14 +30,15 @@ inline bool CountsAsFile(EntryKind kind) {
     return kind == EntryKind::File || kind == EntryKind::Link;
 }
 
-inline bool CountsAsFolder(EntryKind kind) {
-    return kind == EntryKind::Folder;
+inline bool CountsAsFolder(EntryKind kind) { return kind == EntryKind::Folder; }
+
+/// One file under two names.
+inline bool IsSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 /// "." and "..".
-inline bool IsDotEntry(const DString& name) {
-    return name == "." || name == "..";
-}
+inline bool IsDotEntry(const DString& name) { return name == "." || name == ".."; }
 
 /// An open folder; it is closed when the object dies.
 class FolderReader {

@@ -71,10 +71,6 @@ bool GetEntries(const DString& folder, DStringArray& entries) {
 
 // ---- Copying
 
-bool IsSameFile(const struct stat& a, const struct stat& b) {
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
 // A stream on a file that never waits for the other end of a FIFO.
 bool OpenWithoutWaiting(DFile& file, const DString& name, int flags, const char* mode) {
     const int descriptor = open(name, flags | O_NONBLOCK | O_CLOEXEC, 0666);
@@ -116,15 +112,16 @@ bool CopyEntry(const DString& source, const DString& target, const struct stat* 
 }
 
 // `top` is the target of the whole copy, null for the first folder. It may lie inside the source,
-// and isn't copied into itself.
+// and isn't copied into itself. The first folder is listed before the target is made in it.
 bool CopyTree(DString source, DString target, const struct stat* top) {
-    if (!FolderExists(source) || !CreateFolder(target)) return false;
+    if (!FolderExists(source)) return false;
+    DStringArray entries;
+    const bool canRead = GetEntries(source, entries);
+    if (!CreateFolder(target) || !canRead) return false;
     FolderExists(target);
     struct stat first;
     if (!top && stat(target, &first) != 0) return false;
     if (!top) top = &first;
-    DStringArray entries;
-    if (!GetEntries(source, entries)) return false;
     for (int i = 0; i < entries.Count(); ++i) {
         const DString& name = entries[i];
         if (!CopyEntry(source + "/" + name, target + "/" + name, top)) return false;

@@ -18,13 +18,9 @@ bool DropPrefix(const DString& name, const DString& prefix, DString& rest) {
     return true;
 }
 
-DString SharedPrefix(const DString& line) {
-    return line.BeforeFirst('=', true);
-}
+DString SharedPrefix(const DString& line) { return line.BeforeFirst('=', true); }
 
-DString LocalPrefix(const DString& line) {
-    return line.AfterFirst('=', true);
-}
+DString LocalPrefix(const DString& line) { return line.AfterFirst('=', true); }
 
 }  // namespace
 
@@ -51,13 +47,9 @@ void SplitPathElts(const DString& path, DString& folder, DString& name) {
     name = whole.AfterLast('/', true);
 }
 
-bool IsFullQual(const DString& path) {
-    return path[0] == '/';
-}
+bool IsFullQual(const DString& path) { return path[0] == '/'; }
 
-DString TranslateFileName(const DString& name) {
-    return name.Replace("\\", "/", true, nullptr);
-}
+DString TranslateFileName(const DString& name) { return name.Replace("\\", "/", true, nullptr); }
 
 DString GetUNCFileName(const DString& name) {
     if (name.IsEmpty()) return name;

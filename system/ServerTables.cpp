@@ -7,13 +7,9 @@
 namespace {
 
 // What stands before the "=" counts; a line without one counts whole.
-DString NameOf(const DString& line) {
-    return line.BeforeFirst('=', true);
-}
+DString NameOf(const DString& line) { return line.BeforeFirst('=', true); }
 
-bool IsBlank(const DString& name) {
-    return name.Trim().IsEmpty();
-}
+bool IsBlank(const DString& name) { return name.Trim().IsEmpty(); }
 
 // Repeats the names from the first on until there are `count`.
 void RepeatNames(DStringArray& names, int count) {

@@ -12,9 +12,7 @@ inline locale_t CLocale() {
 }
 
 /// strtod in the C locale: leading blanks, hexadecimal, "inf" and "nan" are accepted.
-inline double ParseDouble(const char* text, char** end) {
-    return strtod_l(text, end, CLocale());
-}
+inline double ParseDouble(const char* text, char** end) { return strtod_l(text, end, CLocale()); }
 
 /// Puts the calling thread into the C locale for the life of the object.
 class ScopedCLocale {

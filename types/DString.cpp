@@ -94,13 +94,9 @@ bool DString::ReAlloc(int n) {
     return true;
 }
 
-char* DString::GetBuffer(int n) {
-    return ReAlloc(n) ? m_Text : nullptr;
-}
+char* DString::GetBuffer(int n) { return ReAlloc(n) ? m_Text : nullptr; }
 
-void DString::Truncate(int n) {
-    ReAlloc(n);
-}
+void DString::Truncate(int n) { ReAlloc(n); }
 
 void DString::TruncateBy(int n) {
     if (n > GetLength()) return;
@@ -179,9 +175,7 @@ DString::DString(const DString& s, int start, int n) : DString() {
     AllocCopy(n, n > 0 ? s.m_Text + start : "");
 }
 
-DString::~DString() {
-    Release();
-}
+DString::~DString() { Release(); }
 
 DString& DString::operator=(const DString& other) {
     DString old(other);

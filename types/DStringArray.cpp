@@ -33,9 +33,7 @@ int compfunc(const void* a, const void* b) {
     return strcasecmp(*static_cast<const DString*>(a), *static_cast<const DString*>(b));
 }
 
-void DStringArray::Add(const DString& s) {
-    DArray<DString>::Add(s, 1);
-}
+void DStringArray::Add(const DString& s) { DArray<DString>::Add(s, 1); }
 
 // A piece with a delimiter behind it goes to its place without a temporary. Only the count goes up:
 // the shape of an array that is being split is not kept.

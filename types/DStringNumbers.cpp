@@ -22,9 +22,7 @@ constexpr int RoomForTime = 25;
 constexpr int RoomForAddress = 25;
 constexpr int RoomForFormat = 20;
 
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 const char* SkipDigits(const char* p) {
     while (IsDigit(*p))
@@ -77,9 +75,7 @@ bool BeginsWithInfinityMark(const char* text) {
 constexpr int DateFields = 6;
 constexpr int DateDefaults[DateFields] = {1, 1, 0, 0, 0, 0};
 
-bool IsDateSeparator(char c) {
-    return c == ' ' || c == '-' || c == '/' || c == ':';
-}
+bool IsDateSeparator(char c) { return c == ' ' || c == '-' || c == '/' || c == ':'; }
 
 // strtol of a field; a number far out of range stays so without overflowing struct tm.
 int DateField(const DString& text, int fallback) {
@@ -146,9 +142,7 @@ DString& DString::operator<<(double value) {
     return *this;
 }
 
-DString& DString::operator<<(bool value) {
-    return *this += value ? "True" : "False";
-}
+DString& DString::operator<<(bool value) { return *this += value ? "True" : "False"; }
 
 DString& DString::operator<<(long time) {
     const time_t seconds = time;
@@ -170,27 +164,13 @@ DString& DString::operator<<(void* address) {
     return *this;
 }
 
-DString::DString(int value) : DString() {
-    *this << value;
-}
-DString::DString(unsigned int value) : DString() {
-    *this << value;
-}
-DString::DString(float value) : DString() {
-    *this << value;
-}
-DString::DString(double value) : DString() {
-    *this << value;
-}
-DString::DString(bool value) : DString() {
-    *this << value;
-}
-DString::DString(long time) : DString() {
-    *this << time;
-}
-DString::DString(void* address) : DString() {
-    *this << address;
-}
+DString::DString(int value) : DString() { *this << value; }
+DString::DString(unsigned int value) : DString() { *this << value; }
+DString::DString(float value) : DString() { *this << value; }
+DString::DString(double value) : DString() { *this << value; }
+DString::DString(bool value) : DString() { *this << value; }
+DString::DString(long time) : DString() { *this << time; }
+DString::DString(void* address) : DString() { *this << address; }
 
 // ---- Caller's formats
 
@@ -247,21 +227,15 @@ DString& DString::AddFormatted(double value, const char* format) {
     return AppendFormatted(value, format, "aAeEfFgG").TidyExponent();
 }
 
-DString Format(int value, const char* format) {
-    return DString().AddFormatted(value, format);
-}
+DString Format(int value, const char* format) { return DString().AddFormatted(value, format); }
 
 DString Format(unsigned int value, const char* format) {
     return DString().AddFormatted(value, format);
 }
 
-DString Format(float value, const char* format) {
-    return DString().AddFormatted(value, format);
-}
+DString Format(float value, const char* format) { return DString().AddFormatted(value, format); }
 
-DString Format(double value, const char* format) {
-    return DString().AddFormatted(value, format);
-}
+DString Format(double value, const char* format) { return DString().AddFormatted(value, format); }
 
 // ---- Conversions
 

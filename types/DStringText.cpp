@@ -9,12 +9,8 @@
 
 namespace {
 
-char Lower(char c) {
-    return static_cast<char>(tolower(static_cast<unsigned char>(c)));
-}
-char Upper(char c) {
-    return static_cast<char>(toupper(static_cast<unsigned char>(c)));
-}
+char Lower(char c) { return static_cast<char>(tolower(static_cast<unsigned char>(c))); }
+char Upper(char c) { return static_cast<char>(toupper(static_cast<unsigned char>(c))); }
 
 DString& MapLetters(DString& text, char (*map)(char)) {
     char* buffer = text.GetBuffer(text.GetLength());
@@ -48,9 +44,7 @@ DString DString::Mid(int start, int n) const {
     return DString(*this, start, n);
 }
 
-DString DString::Left(int n) const {
-    return DString(*this, 0, n);
-}
+DString DString::Left(int n) const { return DString(*this, 0, n); }
 
 DString DString::Right(int n) const {
     n = std::max(n, 0);
@@ -112,13 +106,9 @@ DString DString::Despace() const {
 
 // ---- Changes in place
 
-DString& DString::ToLower() {
-    return MapLetters(*this, Lower);
-}
+DString& DString::ToLower() { return MapLetters(*this, Lower); }
 
-DString& DString::ToUpper() {
-    return MapLetters(*this, Upper);
-}
+DString& DString::ToUpper() { return MapLetters(*this, Upper); }
 
 DString& DString::RTrim() {
     const char* text = *this;

@@ -9,5 +9,6 @@
 
 // The implementation keeps priorities up to 100 for itself.
 #define TARSEL_START_CORE_GLOBAL 1001  // TrIni, Expt, SheetData
+#define TARSEL_START_DLIBRARY 1002     // DLib
 #define TARSEL_START_DSYSTEM 1003      // the paths and the computer's name
 #define TARSEL_START_PARSER 1004       // the evaluator's byte sets

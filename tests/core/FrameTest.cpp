@@ -274,9 +274,7 @@ TEST_F(CInterfaceSink, DropsAnEmptyTextWhateverTheType) {
     EXPECT_TRUE(Names(ScratchFolder()).empty());
 }
 
-TEST_F(CInterfaceSink, NeverAsksForAnAbort) {
-    EXPECT_FALSE(m_Sink.AbortRequested());
-}
+TEST_F(CInterfaceSink, NeverAsksForAnAbort) { EXPECT_FALSE(m_Sink.AbortRequested()); }
 
 // ---- Numbers
 

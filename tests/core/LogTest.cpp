@@ -60,9 +60,7 @@ extern "C" int usleep(useconds_t microseconds) {
 
 namespace {
 
-void SetClock(long seconds, long microseconds) {
-    mClock = {true, false, seconds, microseconds};
-}
+void SetClock(long seconds, long microseconds) { mClock = {true, false, seconds, microseconds}; }
 
 /// The sleeps that a call asks for, in microseconds, without sleeping.
 template <typename Call>

@@ -3,6 +3,7 @@
 
 #include <climits>
 #include <string>
+#include <vector>
 
 #include "core/CFunctions.h"
 #include "support/Support.h"
@@ -24,7 +25,18 @@ protected:
     void SetUp() override {
         OpenExperiment::SetUp();
         ASSERT_EQ(CreateShotC("7"), 1);
+        m_FilesAtStart = Names(Shot("7"));
     }
+
+    /// No file was made: in the shot, beside it, or where the process stands.
+    void ExpectNoNewFiles() {
+        EXPECT_EQ(Names(Shot("7")), m_FilesAtStart);
+        EXPECT_EQ(Names(Scratch("Lab/Shots")).size(), 2u) << "the shot and the fields of the group";
+        EXPECT_EQ(Names(ScratchFolder()), (std::vector<std::string>{".Tarsel", "Lab"}));
+    }
+
+private:
+    std::vector<std::string> m_FilesAtStart;
 };
 
 /// The string result of `call(length, buffer)` for a room, and nothing else written.

@@ -12,9 +12,7 @@ std::string Number(const char* text, int room = 59) {
                     room);
 }
 
-std::string Filled(const char* text, int room = 4000) {
-    return Number(text, room);
-}
+std::string Filled(const char* text, int room = 4000) { return Number(text, room); }
 
 /// The shot 7 with two fields and a trace.
 class ScalarCalls : public OpenShot {

@@ -60,9 +60,7 @@ extern "C" int gethostname(char* name, size_t room) noexcept {
 
 namespace {
 
-std::string LogFile() {
-    return Scratch(".Tarsel/Log.txt");
-}
+std::string LogFile() { return Scratch(".Tarsel/Log.txt"); }
 
 /// The lines of the log without their elapsed times.
 std::vector<std::string> LogLines() {

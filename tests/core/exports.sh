@@ -1,5 +1,5 @@
 #!/bin/bash
-# The names that the built library exports, against its headers: each C call that the C header
+# The names that the built library exports, against its headers: each C call that the C headers
 # declares is a function without decoration, and no other function is; each variable that a header
 # declares "extern" is a data symbol.
 # usage: exports.sh NM LIBRARY SOURCE_FOLDER
@@ -17,12 +17,12 @@ exported=$("$nm" -D --defined-only "$library")
 symbols() { awk -v types="$1" '$2 ~ "^[" types "]$" { print $3 }' <<<"$exported" | sort; }
 
 # The function names between extern "C" and its end.
-calls=$(sed -n '/^extern "C" {/,/^}/p' core/CFunctions.h | sed -nE 's/^[a-z ]+\*?([A-Z][A-Za-z]+)\(.*/\1/p' | sort)
+calls=$(sed -n '/^extern "C" {/,/^}/p' core/CFunctions.h core/TarselIDL.h | sed -nE 's/^[a-z ]+\*?([A-Z][A-Za-z]+)\(.*/\1/p' | sort)
 plain=$(symbols T | grep -v '^_' || true)
 [[ $(wc -w <<<"$calls") -gt 10 ]] || complain "too few calls found in the C header: $calls"
 [[ $calls == "$plain" ]] || complain "the C calls:" $'\n'"$(diff <(echo "$calls") <(echo "$plain"))"
 
-variables=$(sed -nE 's/^extern ([^(]*[ *])([A-Za-z]+);.*/\2/p' types/*.h core/*.h | sort)
+variables=$(sed -nE 's/^extern ([^(]*[ *])([A-Za-z]+);.*/\2/p' types/*.h core/*.h system/*.h | sort)
 data=$(symbols BDRV)
 [[ $(wc -w <<<"$variables") -gt 10 ]] || complain "too few variables found in headers: $variables"
 missing=$(comm -23 <(echo "$variables") <(echo "$data"))
@@ -30,7 +30,7 @@ missing=$(comm -23 <(echo "$variables") <(echo "$data"))
 for name in npos DFMax pi LenLD LDelim DEmptyString MaxParticleBatch; do
     grep -qx "$name" <(symbols RD) || complain "$name is no constant"
 done
-for name in Logging Silent PublicWrite QNot SheetData TrIni Expt; do
+for name in Logging Silent PublicWrite QNot SheetData TrIni Expt DLib; do
     grep -qx "$name" <(symbols BD) || complain "$name is not writable data"
 done
 exit $wrong

@@ -22,6 +22,15 @@ TEST(Numeric, FloatsBeyondAnIntSaturate) {
     EXPECT_EQ(SaturatedInt(NotANumber), 0);
 }
 
+TEST(Numeric, DoublesSaturateAlike) {
+    EXPECT_EQ(SaturatedInt(2147483647.9), INT_MAX);
+    EXPECT_EQ(SaturatedInt(2147483648.0), INT_MAX);
+    EXPECT_EQ(SaturatedInt(-2147483647.9), -INT_MAX);
+    EXPECT_EQ(SaturatedInt(-1e300), INT_MIN);
+    EXPECT_EQ(SaturatedInt(static_cast<double>(Infinity)), INT_MAX);
+    EXPECT_EQ(SaturatedInt(static_cast<double>(NotANumber)), 0);
+}
+
 TEST(Numeric, FloorGoesDown) {
     EXPECT_EQ(FloorToInt(2.9f), 2);
     EXPECT_EQ(FloorToInt(-0.5f), -1);
@@ -64,3 +73,5 @@ TEST(Numeric, ScaleUnitOfNothingIsThatOfTheLeastMagnitude) {
     }
     EXPECT_TRUE(IsScalable(1e-30f));
 }
+
+TEST(Numeric, ScaleUnitOfAnInfiniteRangeIsInfinite) { EXPECT_EQ(ScaleUnitOf(Infinity), Infinity); }

@@ -1,13 +1,11 @@
 // The .wvf format, read and written, against bytes put together by hand.
 #include <gtest/gtest.h>
 #include <string.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <functional>
 
 #include "data/WaveformTestData.h"
+#include "support/ProcessMemory.h"
 #include "system/DFile.h"
 
 namespace {
@@ -100,32 +98,6 @@ int VersionWord(const std::string& bytes) {
     memcpy(&word, bytes.data(), sizeof word);
     return word;
 }
-
-long ResidentBytes() {
-    long total = 0;
-    long resident = 0;
-    std::ifstream("/proc/self/statm") >> total >> resident;
-    return resident * sysconf(_SC_PAGESIZE);
-}
-
-// Lets the process take only `bytes` more address space while it lives.
-class AddressSpaceLimit {
-public:
-    explicit AddressSpaceLimit(rlim_t bytes) {
-        getrlimit(RLIMIT_AS, &m_Before);
-        unsigned long pages = 0;
-        std::ifstream("/proc/self/statm") >> pages;
-        rlimit limit = m_Before;
-        limit.rlim_cur = pages * static_cast<unsigned long>(sysconf(_SC_PAGESIZE)) + bytes;
-        setrlimit(RLIMIT_AS, &limit);
-    }
-    ~AddressSpaceLimit() { setrlimit(RLIMIT_AS, &m_Before); }
-    AddressSpaceLimit(const AddressSpaceLimit&) = delete;
-    AddressSpaceLimit& operator=(const AddressSpaceLimit&) = delete;
-
-private:
-    rlimit m_Before{};
-};
 
 }  // namespace
 

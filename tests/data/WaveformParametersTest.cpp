@@ -12,14 +12,10 @@ using Values = std::vector<float>;
 constexpr float NoParameter = -3.3e38f;
 
 // A pulse from time 10 on at intervals of 0.5; the last sample is at 12.5.
-Waveform Pulse() {
-    return MakeScaledTrace({0.0f, 2.0f, 4.0f, 8.0f, 4.0f, 1.0f}, 10.0f, 0.5f);
-}
+Waveform Pulse() { return MakeScaledTrace({0.0f, 2.0f, 4.0f, 8.0f, 4.0f, 1.0f}, 10.0f, 0.5f); }
 
 // An abscissa for it, at times 0, 1, 2, ...
-Waveform Abscissa() {
-    return MakeScaledTrace({0.0f, 1.0f, 3.0f, 6.0f, 10.0f, 15.0f});
-}
+Waveform Abscissa() { return MakeScaledTrace({0.0f, 1.0f, 3.0f, 6.0f, 10.0f, 15.0f}); }
 
 // Samples at 0, 1, 2, ... whose extrema are told and not found.
 Waveform TraceWithExtrema(const Values& samples, float min, float max, int maxIndex = 0) {
@@ -30,9 +26,7 @@ Waveform TraceWithExtrema(const Values& samples, float min, float max, int maxIn
     return trace;
 }
 
-float Value(const Waveform& trace, const char* name) {
-    return trace.GetTraceParam(name);
-}
+float Value(const Waveform& trace, const char* name) { return trace.GetTraceParam(name); }
 
 }  // namespace
 
@@ -193,9 +187,7 @@ TEST(WaveformAvg, TimesThatAreRoundedBehindTheTraceGiveTheLastSample) {
     EXPECT_EQ(trace.Avg(1e8f + 8.0f, 2e8f), 8.0f);
 }
 
-TEST(WaveformAvg, EmptyTraceHasNone) {
-    EXPECT_EQ(Waveform(0).Avg(0.0f, 1.0f), 0.0f);
-}
+TEST(WaveformAvg, EmptyTraceHasNone) { EXPECT_EQ(Waveform(0).Avg(0.0f, 1.0f), 0.0f); }
 
 // ---- ValAtTime
 

@@ -79,9 +79,7 @@ TEST_F(DataNames, UnknownShotHasNoFile) {
     EXPECT_EQ(File("8\\sub\\W"), "");
 }
 
-TEST_F(DataNames, EmptyReferenceHasNoFile) {
-    EXPECT_EQ(File(""), "");
-}
+TEST_F(DataNames, EmptyReferenceHasNoFile) { EXPECT_EQ(File(""), ""); }
 
 TEST_F(DataNames, PathWithADriveStaysAsItIs) {
     EXPECT_EQ(File("C:\\a\\b"), "C:\\a\\b");
@@ -143,22 +141,16 @@ TEST_F(NeighbourNames, ArrowsCountShotsUpAndDown) {
     EXPECT_EQ(Clean(">0\\W"), "A009\\W");
 }
 
-TEST_F(NeighbourNames, BareLeftArrowGoesUpToo) {
-    EXPECT_EQ(Clean("<\\W"), "A010\\W");
-}
+TEST_F(NeighbourNames, BareLeftArrowGoesUpToo) { EXPECT_EQ(Clean("<\\W"), "A010\\W"); }
 
 TEST_F(NeighbourNames, SignTurnsAnArrowRound) {
     EXPECT_EQ(Clean(">-2\\W"), "A007\\W");
     EXPECT_EQ(Clean("<-2\\W"), "A011\\W");
 }
 
-TEST_F(NeighbourNames, TextBehindTheNumberIsNotLookedAt) {
-    EXPECT_EQ(Clean(">2x\\W"), "A011\\W");
-}
+TEST_F(NeighbourNames, TextBehindTheNumberIsNotLookedAt) { EXPECT_EQ(Clean(">2x\\W"), "A011\\W"); }
 
-TEST_F(NeighbourNames, ArrowWithoutNumberMeansTheCurrentShot) {
-    EXPECT_EQ(Clean(">x\\W"), "W");
-}
+TEST_F(NeighbourNames, ArrowWithoutNumberMeansTheCurrentShot) { EXPECT_EQ(Clean(">x\\W"), "W"); }
 
 TEST_F(NeighbourNames, NumberKeepsItsDigitsAndStaysInBounds) {
     EXPECT_EQ(Clean(">1000\\W"), "A1009\\W");
@@ -175,9 +167,7 @@ TEST_F(NeighbourNames, OtherReferencesComeBackUnchanged) {
     EXPECT_EQ(Clean(".\\>\\W"), ".\\>\\W");
 }
 
-TEST_F(NeighbourNames, LastBackslashCounts) {
-    EXPECT_EQ(Clean(">1\\x\\W"), "A010\\W");
-}
+TEST_F(NeighbourNames, LastBackslashCounts) { EXPECT_EQ(Clean(">1\\x\\W"), "A010\\W"); }
 
 TEST_F(NeighbourNames, WithoutShotTheNameStaysEmpty) {
     Expt.SetExperimentFolder(Folder().c_str());
@@ -201,9 +191,7 @@ TEST_F(DataLists, OtherShotStandsBeforeTheLastSlash) {
     EXPECT_EQ(List("Archive/8/X*"), "8\\x");
 }
 
-TEST_F(DataLists, BackslashIsNoSeparatorThere) {
-    EXPECT_EQ(List("8\\*"), "");
-}
+TEST_F(DataLists, BackslashIsNoSeparatorThere) { EXPECT_EQ(List("8\\*"), ""); }
 
 TEST_F(DataLists, UnknownShotLeavesTheNamesAlone) {
     DStringArray names;

@@ -4,6 +4,12 @@
 
 #include "core/CoreGlobal.h"
 #include "data/DataPtr.h"
+#include "data/Geometry.h"
+#include "data/GeometryTestData.h"
+#include "data/Matrix.h"
+#include "data/MatrixTestData.h"
+#include "data/ParticleGroup.h"
+#include "data/ParticleTestData.h"
 #include "data/Waveform.h"
 #include "data/WaveformTestData.h"
 #include "experiment/Experiment.h"
@@ -13,6 +19,99 @@
 namespace {
 
 constexpr DataType UnknownType = static_cast<DataType>(7);
+
+/// A kind of object, the suffix of its files, and a file with the label "the label".
+struct Kind {
+    DataType m_Type;
+    std::string m_Suffix;
+    std::string m_Bytes;
+};
+
+const std::vector<Kind> Kinds = {{DataWaveform, ".wvf", WvfFile().Bytes()},
+                                 {DataMatrix, ".dmt", DmtFile().Bytes()},
+                                 {DataPGroup, ".dpt", DptFile().Bytes()},
+                                 {DataGeometry, ".dgm", DgmFile().Bytes()}};
+
+Waveform& AsTrace(void* object) { return *static_cast<Waveform*>(object); }
+Matrix& AsMatrix(void* object) { return *static_cast<Matrix*>(object); }
+ParticleGroup& AsGroup(void* object) { return *static_cast<ParticleGroup*>(object); }
+Geometry& AsGeometry(void* object) { return *static_cast<Geometry*>(object); }
+
+/// The label of an object of any kind.
+DString& LabelOf(void* object, DataType type) {
+    switch (type) {
+        case DataWaveform:
+            return AsTrace(object).m_Label;
+        case DataMatrix:
+            return AsMatrix(object).m_Label;
+        case DataPGroup:
+            return AsGroup(object).m_Label;
+        default:
+            return AsGeometry(object).m_Label;
+    }
+}
+
+/// The object holds what the files of its kind in `Kinds` do.
+void ExpectContents(void* object, DataType type) {
+    ASSERT_NE(object, nullptr);
+    EXPECT_EQ(Text(LabelOf(object, type)), "the label");
+    switch (type) {
+        case DataWaveform:
+            EXPECT_EQ(Samples(AsTrace(object)), (std::vector<float>{-3.0f, 1.0f, 9.0f}));
+            break;
+        case DataMatrix:
+            EXPECT_EQ(Values(AsMatrix(object)), LayerValues(2, 3, 0, 4));
+            break;
+        case DataPGroup:
+            EXPECT_EQ(Values(AsGroup(object)), Numbered({0, 1, 2}));
+            break;
+        default:
+            ASSERT_EQ(AsGeometry(object).m_Objects.Count(), 2);
+            EXPECT_EQ(Text(AsGeometry(object).m_Objects[0].m_Name), "first body");
+            EXPECT_EQ(Numbers(AsGeometry(object).m_Objects[0]).size(), 5u);
+    }
+}
+
+/// Makes of a blank entry one of the name @T, with an object of a file of its kind.
+void FillNamed(DataPtr& entry, const Kind& kind) {
+    WriteBytes(Scratch("Q" + kind.m_Suffix), kind.m_Bytes);
+    entry.AllocData(kind.m_Type);
+    ASSERT_TRUE(entry.Read(Scratch("Q").c_str()));
+    entry.m_Name = "@T";
+}
+
+void ExpectEmpty(void* object, DataType type) {
+    ASSERT_NE(object, nullptr);
+    EXPECT_TRUE(LabelOf(object, type).IsEmpty());
+    switch (type) {
+        case DataWaveform:
+            EXPECT_EQ(AsTrace(object).Count(), 0);
+            break;
+        case DataMatrix:
+            EXPECT_EQ(Values(AsMatrix(object)), FloatList{0.0f});
+            EXPECT_EQ(AsMatrix(object).m_NDims, 2);
+            break;
+        case DataPGroup:
+            EXPECT_EQ(AsGroup(object).Count(), 0);
+            EXPECT_EQ(AsGroup(object).m_FileParticles, 0);
+            break;
+        default:
+            EXPECT_EQ(AsGeometry(object).m_Objects.Count(), 0);
+            EXPECT_EQ(AsGeometry(object).m_Objects.RCount(), 1);
+    }
+}
+
+/// A file of this kind with the date of its writing blanked.
+std::string WithoutDate(const Kind& kind, std::string bytes) {
+    return Overwritten(std::move(bytes), kind.m_Bytes.find("06/07/2021 08:09:10"),
+                       std::string(DateLength, ' '));
+}
+
+/// What an object of a file of `Kinds` is written as once its label is "new label".
+std::string Relabelled(const Kind& kind) {
+    return Overwritten(WithoutDate(kind, kind.m_Bytes), kind.m_Bytes.find("the label"),
+                       "new label");
+}
 
 // Shot 7 holds the trace W.
 class DataTable : public ShotTest {
@@ -32,7 +131,14 @@ protected:
         return Expt.ReleaseDataPtr(name, DataWaveform, object);
     }
     static int Count() { return Expt.m_DataPtrs.Count(); }
-    static Waveform& AsTrace(void* object) { return *static_cast<Waveform*>(object); }
+    static std::string FileOf(const Kind& kind, const std::string& name) {
+        return ShotFolder("7") + "/" + name + kind.m_Suffix;
+    }
+    /// An object of a kind, read from a file Q that is made for it.
+    static void* GetFromFile(const Kind& kind) {
+        WriteBytes(FileOf(kind, "Q"), kind.m_Bytes);
+        return Expt.GetDataPtr("Q", kind.m_Type);
+    }
     static std::string NameOf(int entry) { return Text(Expt.m_DataPtrs[entry].m_Name); }
 };
 
@@ -58,65 +164,155 @@ TEST(DataPtr, TypesHaveTheirNumbers) {
     EXPECT_EQ(DataGeometry, 4);
 }
 
-TEST(DataPtr, AllocatesAnEmptyTrace) {
+TEST(DataPtr, AllocatesAnEmptyObjectOfEachKind) {
+    for (const Kind& kind : Kinds) {
+        DataPtr entry;
+        entry.AllocData(kind.m_Type);
+        EXPECT_EQ(entry.m_Type, kind.m_Type);
+        ExpectEmpty(entry.m_Object, kind.m_Type);
+        EXPECT_TRUE(entry.m_Name.IsEmpty());
+    }
+}
+
+TEST(DataPtr, AllocationDestroysWhatTheEntryHeld) {
     DataPtr entry;
-    entry.AllocData(DataWaveform);
-    ASSERT_NE(entry.m_Object, nullptr);
-    EXPECT_EQ(entry.m_Type, DataWaveform);
-    EXPECT_EQ(static_cast<Waveform*>(entry.m_Object)->Count(), 0);
+    for (const Kind& before : Kinds) {
+        for (const Kind& kind : Kinds) {
+            entry.AllocData(before.m_Type);
+            LabelOf(entry.m_Object, before.m_Type) = "old";
+            entry.AllocData(kind.m_Type);
+            EXPECT_EQ(entry.m_Type, kind.m_Type);
+            ExpectEmpty(entry.m_Object, kind.m_Type);
+        }
+    }
 }
 
 TEST(DataPtr, TypeOutOfRangeLeavesNoObjectAndTheType) {
-    DataPtr entry;
-    entry.AllocData(UnknownType);
-    EXPECT_EQ(entry.m_Object, nullptr);
-    EXPECT_EQ(entry.m_Type, DataNone);
-    entry.AllocData(DataWaveform);
-    entry.AllocData(UnknownType);
-    EXPECT_EQ(entry.m_Object, nullptr);
-    EXPECT_EQ(entry.m_Type, DataWaveform);
-    EXPECT_FALSE(entry.Read("x"));
-    EXPECT_FALSE(entry.Write("x"));
+    for (const int type : {-1, 0, 5, 7}) {
+        DataPtr entry;
+        entry.AllocData(static_cast<DataType>(type));
+        EXPECT_EQ(entry.m_Object, nullptr);
+        EXPECT_EQ(entry.m_Type, DataNone);
+    }
+    for (const Kind& kind : Kinds) {
+        DataPtr entry;
+        entry.AllocData(kind.m_Type);
+        entry.AllocData(UnknownType);
+        EXPECT_EQ(entry.m_Object, nullptr);
+        EXPECT_EQ(entry.m_Type, kind.m_Type);
+        EXPECT_FALSE(entry.Read("x"));
+        EXPECT_FALSE(entry.Write("x"));
+    }
 }
 
 TEST(DataPtr, ReleaseLeavesTheName) {
     DataPtr entry;
-    entry.AllocData(DataWaveform);
-    entry.m_Name = "@T";
-    entry.Release();
-    EXPECT_EQ(entry.m_Object, nullptr);
-    EXPECT_EQ(entry.m_Type, DataNone);
-    EXPECT_EQ(Text(entry.m_Name), "@T");
+    for (const Kind& kind : Kinds) {
+        entry.AllocData(kind.m_Type);
+        entry.m_Name = "@T";
+        entry.Release();
+        EXPECT_EQ(entry.m_Object, nullptr);
+        EXPECT_EQ(entry.m_Type, DataNone);
+        EXPECT_EQ(Text(entry.m_Name), "@T");
+    }
     entry.m_Type = UnknownType;
     entry.Release();
     EXPECT_EQ(entry.m_Type, DataNone);
 }
 
 TEST(DataPtr, ReadsAndWritesUnderANameWithoutSuffix) {
-    WriteBytes(Scratch("W.wvf"), WvfFile().Bytes());
+    for (const Kind& kind : Kinds) {
+        WriteBytes(Scratch("Q" + kind.m_Suffix), kind.m_Bytes);
+        DataPtr entry;
+        entry.AllocData(kind.m_Type);
+        EXPECT_FALSE(entry.Read(Scratch("X").c_str()));
+        EXPECT_TRUE(entry.Read(Scratch("Q").c_str()));
+        ExpectContents(entry.m_Object, kind.m_Type);
+        LabelOf(entry.m_Object, kind.m_Type) = "new label";
+        EXPECT_TRUE(entry.Write(Scratch("V").c_str()));
+        EXPECT_EQ(WithoutDate(kind, ReadBytes(Scratch("V" + kind.m_Suffix))), Relabelled(kind));
+        EXPECT_FALSE(entry.Write(Scratch("missing/V").c_str()));
+    }
+}
+
+TEST(DataPtr, ReadsMatricesAndGroupsWhole) {
+    DmtFile stack;
+    WriteBytes(Scratch("Q.dmt"), stack.Bytes());
     DataPtr entry;
-    entry.AllocData(DataWaveform);
-    EXPECT_TRUE(entry.Read(Scratch("W").c_str()));
-    EXPECT_EQ(static_cast<Waveform*>(entry.m_Object)->Count(), 3);
-    EXPECT_TRUE(entry.Write(Scratch("V").c_str()));
-    EXPECT_TRUE(Exists(Scratch("V.wvf")));
-    EXPECT_FALSE(entry.Read(Scratch("X").c_str()));
-    EXPECT_FALSE(entry.Write(Scratch("missing/V").c_str()));
+    entry.AllocData(DataMatrix);
+    EXPECT_TRUE(entry.Read(Scratch("Q").c_str()));
+    EXPECT_EQ(AsMatrix(entry.m_Object).GetSize(3), 4);
+    EXPECT_TRUE(entry.Read(Scratch("Q[1,3]").c_str())) << "but for a part that the name tells";
+    EXPECT_EQ(Values(AsMatrix(entry.m_Object)), LayerValues(2, 3, 1, 3));
+}
+
+TEST(DataPtr, ObjectsWithoutValuesAreNoFailureUnlessTraces) {
+    DmtFile matrix;
+    matrix.m_NDims = 0;
+    DptFile group;
+    group.m_Particles = 0;
+    DgmFile geometry;
+    geometry.m_Count = 0;
+    WvfFile trace;
+    trace.m_Points = 0;
+    const std::string files[] = {trace.Bytes(), matrix.Bytes(), group.Bytes(), geometry.Bytes()};
+    for (size_t i = 0; i < Kinds.size(); ++i) {
+        WriteBytes(Scratch("Q" + Kinds[i].m_Suffix), files[i]);
+        DataPtr entry;
+        entry.AllocData(Kinds[i].m_Type);
+        EXPECT_EQ(entry.Read(Scratch("Q").c_str()), Kinds[i].m_Type != DataWaveform);
+    }
 }
 
 TEST(DataPtr, CopyHoldsACopyOfTheObject) {
+    for (const Kind& kind : Kinds) {
+        DataPtr entry;
+        FillNamed(entry, kind);
+        DataPtr copy(entry);
+        LabelOf(entry.m_Object, kind.m_Type) = "new label";
+        entry.Release();
+        ExpectContents(copy.m_Object, kind.m_Type);
+        EXPECT_EQ(copy.m_Type, kind.m_Type);
+        EXPECT_EQ(Text(copy.m_Name), "@T");
+    }
+}
+
+TEST(DataPtr, AssignmentReplacesAnObjectOfAnyKind) {
+    for (const Kind& before : Kinds) {
+        for (const Kind& kind : Kinds) {
+            DataPtr entry;
+            FillNamed(entry, kind);
+            DataPtr assigned;
+            assigned.AllocData(before.m_Type);
+            assigned = entry;
+            ASSERT_NE(assigned.m_Object, entry.m_Object);
+            entry.Release();
+            ExpectContents(assigned.m_Object, kind.m_Type);
+            EXPECT_EQ(assigned.m_Type, kind.m_Type);
+            EXPECT_EQ(Text(assigned.m_Name), "@T");
+        }
+    }
+}
+
+TEST(DataPtr, AssignmentToItselfKeepsTheObject) {
     DataPtr entry;
-    entry.AllocData(DataWaveform);
-    entry.m_Name = "@T";
-    static_cast<Waveform*>(entry.m_Object)->m_Max = 5.0f;
-    DataPtr copy(entry);
+    entry.AllocData(DataMatrix);
+    void* const object = entry.m_Object;
+    const DataPtr& same = entry;
+    entry = same;
+    EXPECT_EQ(entry.m_Object, object);
+    ExpectEmpty(entry.m_Object, DataMatrix);
+}
+
+TEST(DataPtr, CopiesOfABlankEntryAreBlank) {
+    DataPtr blank;
+    blank.m_Name = "name";
     DataPtr assigned;
-    assigned = copy;
-    entry.Release();
-    ASSERT_NE(copy.m_Object, assigned.m_Object);
-    EXPECT_EQ(static_cast<Waveform*>(copy.m_Object)->m_Max, 5.0f);
-    EXPECT_EQ(static_cast<Waveform*>(assigned.m_Object)->m_Max, 5.0f);
-    EXPECT_EQ(Text(assigned.m_Name), "@T");
+    assigned.AllocData(DataGeometry);
+    assigned = blank;
+    EXPECT_EQ(assigned.m_Object, nullptr);
+    EXPECT_EQ(assigned.m_Type, DataNone);
+    EXPECT_EQ(Text(assigned.m_Name), "name");
 }
 
 // ---- Getting an object
@@ -131,11 +327,28 @@ TEST_F(DataTable, FileIsReadIntoANewObject) {
     EXPECT_EQ(NameOf(0), "W");
 }
 
+TEST_F(DataTable, KindTellsWhichFileOfANameIsRead) {
+    for (const Kind& kind : Kinds)
+        WriteBytes(FileOf(kind, "Q"), kind.m_Bytes);
+    for (int i = 0; i < 4; ++i) {
+        const DataType type = Kinds[static_cast<size_t>(i)].m_Type;
+        void* object = Expt.GetDataPtr("Q", type);
+        ExpectContents(object, type);
+        ASSERT_EQ(Count(), i + 1);
+        EXPECT_EQ(Expt.m_DataPtrs[i].m_Object, object);
+        EXPECT_EQ(Expt.m_DataPtrs[i].m_Type, type);
+        EXPECT_EQ(NameOf(i), "Q");
+    }
+}
+
 TEST_F(DataTable, EachRequestForAFileGivesItsOwnObject) {
-    void* first = GetTrace("W");
-    void* second = GetTrace("W");
-    EXPECT_NE(first, second);
-    EXPECT_EQ(Count(), 2);
+    for (const Kind& kind : Kinds) {
+        Expt.ClearDataPtrs();
+        void* first = GetFromFile(kind);
+        void* second = GetFromFile(kind);
+        EXPECT_NE(first, second);
+        EXPECT_EQ(Count(), 2);
+    }
 }
 
 TEST_F(DataTable, ObjectsKeepTheirAddressWhenTheTableGrows) {
@@ -157,8 +370,11 @@ TEST_F(DataTable, NameIsADataReference) {
 
 TEST_F(DataTable, MissingFileLeavesTheTableAsItWas) {
     GetTrace("W");
-    EXPECT_EQ(GetTrace("X"), nullptr);
-    EXPECT_EQ(GetTrace("99\\W"), nullptr);
+    for (const Kind& kind : Kinds) {
+        WriteBytes(Scratch(kind.m_Suffix), kind.m_Bytes);
+        EXPECT_EQ(Expt.GetDataPtr("X", kind.m_Type), nullptr);
+        EXPECT_EQ(Expt.GetDataPtr("99\\W", kind.m_Type), nullptr) << "no path is no empty path";
+    }
     EXPECT_EQ(Count(), 1);
 }
 
@@ -175,16 +391,21 @@ TEST_F(DataTable, TraceWithoutPointsCountsAsMissing) {
 }
 
 TEST_F(DataTable, EmptyNameGivesAnEmptyObjectWithoutName) {
-    void* object = GetTrace("");
-    ASSERT_NE(object, nullptr);
-    EXPECT_EQ(AsTrace(object).Count(), 0);
-    EXPECT_EQ(Count(), 1);
-    EXPECT_EQ(NameOf(0), "");
+    for (const Kind& kind : Kinds) {
+        Expt.ClearDataPtrs();
+        ExpectEmpty(Expt.GetDataPtr("", kind.m_Type), kind.m_Type);
+        ASSERT_EQ(Count(), 1);
+        EXPECT_EQ(Expt.m_DataPtrs[0].m_Type, kind.m_Type);
+        EXPECT_EQ(NameOf(0), "");
+    }
 }
 
 TEST_F(DataTable, TypeOutOfRangeGivesNothing) {
-    EXPECT_EQ(Expt.GetDataPtr("W", UnknownType), nullptr);
-    EXPECT_EQ(Expt.GetDataPtr("@T", UnknownType), nullptr);
+    for (const int number : {-1, 0, 5, 7}) {
+        const DataType type = static_cast<DataType>(number);
+        EXPECT_EQ(Expt.GetDataPtr("W", type), nullptr);
+        EXPECT_EQ(Expt.GetDataPtr("@T", type), nullptr);
+    }
     EXPECT_EQ(Count(), 0);
 }
 
@@ -197,9 +418,31 @@ TEST_F(DataTable, TypeOutOfRangeWithoutNameLeavesABlankEntry) {
 // ---- Objects in memory
 
 TEST_F(DataTable, MemoryNameIsUnknownBeforeItIsGiven) {
-    WriteBytes(File("@T"), WvfFile().Bytes());
-    EXPECT_EQ(GetTrace("@T"), nullptr);
+    for (const Kind& kind : Kinds) {
+        if (kind.m_Type == DataPGroup) continue;
+        WriteBytes(FileOf(kind, "@T"), kind.m_Bytes);
+        EXPECT_EQ(Expt.GetDataPtr("@T", kind.m_Type), nullptr);
+    }
     EXPECT_EQ(Count(), 0);
+}
+
+TEST_F(DataTable, MemoryNameOfAParticleGroupIsAFile) {
+    WriteBytes(ShotFolder("7") + "/@P.dpt", DptFile().Bytes());
+    void* object = Expt.GetDataPtr("@P", DataPGroup);
+    ExpectContents(object, DataPGroup);
+    EXPECT_EQ(NameOf(0), "@P");
+    EXPECT_NE(Expt.GetDataPtr("@P", DataPGroup), object);
+    EXPECT_EQ(Expt.GetDataPtr("@Q", DataPGroup), nullptr);
+    EXPECT_EQ(Count(), 2);
+}
+
+TEST_F(DataTable, NewNamedObjectIsEmpty) {
+    for (const Kind& kind : Kinds) {
+        if (kind.m_Type == DataPGroup) continue;
+        WriteBytes(FileOf(kind, "@T"), kind.m_Bytes);
+        ExpectEmpty(Expt.InitDataPtr("@T", kind.m_Type), kind.m_Type);
+    }
+    EXPECT_EQ(Count(), 3);
 }
 
 TEST_F(DataTable, MemoryNamesAreFoundInAnyCase) {
@@ -214,6 +457,13 @@ TEST_F(DataTable, TypeIsPartOfAMemoryName) {
     KeepTrace("@T");
     EXPECT_EQ(Expt.GetDataPtr("@T", DataNone), nullptr);
     EXPECT_EQ(Expt.GetDataPtr("@T", UnknownType), nullptr);
+    EXPECT_EQ(Expt.GetDataPtr("@T", DataMatrix), nullptr);
+    void* matrix = Expt.InitDataPtr("@T", DataMatrix);
+    void* geometry = Expt.InitDataPtr("@t", DataGeometry);
+    EXPECT_EQ(GetTrace("@T"), Expt.m_DataPtrs[0].m_Object);
+    EXPECT_EQ(Expt.GetDataPtr("@T", DataMatrix), matrix);
+    EXPECT_EQ(Expt.GetDataPtr("@T", DataGeometry), geometry);
+    EXPECT_EQ(Expt.GetDataPtr("@T", DataPGroup), nullptr);
 }
 
 TEST_F(DataTable, FirstOfEqualMemoryNamesWins) {
@@ -235,7 +485,15 @@ TEST_F(DataTable, NameOfANewObjectNeedsNoMark) {
 TEST_F(DataTable, NewObjectNeedsANameAndMayNotBeAParticleGroup) {
     EXPECT_EQ(KeepTrace(""), nullptr);
     EXPECT_EQ(Expt.InitDataPtr("@P", DataPGroup), nullptr);
+    EXPECT_EQ(Expt.InitDataPtr("P", DataPGroup), nullptr);
     EXPECT_EQ(Count(), 0);
+}
+
+TEST_F(DataTable, NewObjectOfATypeOutOfRangeIsANamedEntryWithoutObject) {
+    EXPECT_EQ(Expt.InitDataPtr("@T", UnknownType), nullptr);
+    ASSERT_EQ(Count(), 1);
+    EXPECT_EQ(NameOf(0), "@T");
+    EXPECT_EQ(Expt.m_DataPtrs[0].m_Type, DataNone);
 }
 
 TEST_F(DataTable, ObjectOutlivesShotAndExperiment) {
@@ -249,52 +507,80 @@ TEST_F(DataTable, ObjectOutlivesShotAndExperiment) {
 // ---- Giving an object back
 
 TEST_F(DataTable, EmptyNameDestroysUnsaved) {
-    void* object = GetTrace("W");
-    AsTrace(object)[0] = 77.0f;
-    EXPECT_TRUE(Release("", object));
-    EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(Count(), 0);
-    EXPECT_EQ(ReadBytes(File("W")), WvfFile().Bytes());
+    for (const Kind& kind : Kinds) {
+        void* object = GetFromFile(kind);
+        LabelOf(object, kind.m_Type) = "new label";
+        EXPECT_TRUE(Expt.ReleaseDataPtr("", kind.m_Type, object));
+        EXPECT_EQ(object, nullptr);
+        EXPECT_EQ(Count(), 0);
+        EXPECT_EQ(ReadBytes(FileOf(kind, "Q")), kind.m_Bytes);
+    }
 }
 
 TEST_F(DataTable, MemoryNamePublishesAnObjectOfAFile) {
-    void* object = GetTrace("W");
-    void* const known = object;
-    EXPECT_TRUE(Release("@T", object));
-    EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(Count(), 1);
-    EXPECT_EQ(GetTrace("@t"), known);
-    EXPECT_EQ(AsTrace(known)[2], 9.0f);
+    for (const Kind& kind : Kinds) {
+        if (kind.m_Type == DataPGroup) continue;
+        Expt.ClearDataPtrs();
+        void* object = GetFromFile(kind);
+        void* const known = object;
+        EXPECT_TRUE(Expt.ReleaseDataPtr("@T", kind.m_Type, object));
+        EXPECT_EQ(object, nullptr);
+        EXPECT_EQ(Count(), 1);
+        EXPECT_EQ(Expt.GetDataPtr("@t", kind.m_Type), known);
+        ExpectContents(known, kind.m_Type);
+        EXPECT_FALSE(Exists(FileOf(kind, "@T")));
+    }
 }
 
 TEST_F(DataTable, ParticleGroupIsNeverKeptInMemory) {
-    Expt.m_DataPtrs.AddBlank(1);
-    Expt.m_DataPtrs[0].m_Type = DataPGroup;
-    void* object = nullptr;
-    EXPECT_FALSE(Expt.ReleaseDataPtr("@P", DataPGroup, object));
+    const Kind& kind = Kinds[2];
+    void* object = GetFromFile(kind);
+    LabelOf(object, DataPGroup) = "new label";
+    EXPECT_TRUE(Expt.ReleaseDataPtr("@P", DataPGroup, object));
+    EXPECT_EQ(object, nullptr);
     EXPECT_EQ(Count(), 0);
+    EXPECT_EQ(WithoutDate(kind, ReadBytes(FileOf(kind, "@P"))), Relabelled(kind));
 }
 
 TEST_F(DataTable, DataNameWritesAndDestroys) {
-    void* object = GetTrace("W");
-    EXPECT_TRUE(Release("V", object));
-    EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(Count(), 0);
-    EXPECT_EQ(ReadBytes(File("V")).size(), WvfFile().Bytes().size());
+    for (const Kind& kind : Kinds) {
+        void* object = GetFromFile(kind);
+        LabelOf(object, kind.m_Type) = "new label";
+        EXPECT_TRUE(Expt.ReleaseDataPtr("V", kind.m_Type, object));
+        EXPECT_EQ(object, nullptr);
+        EXPECT_EQ(Count(), 0);
+        EXPECT_EQ(WithoutDate(kind, ReadBytes(FileOf(kind, "V"))), Relabelled(kind));
+        EXPECT_EQ(ReadBytes(FileOf(kind, "Q")), kind.m_Bytes);
+    }
 }
 
 TEST_F(DataTable, FailedWriteIsToldAndTheObjectLost) {
-    void* object = GetTrace("W");
-    EXPECT_FALSE(Release("sub/V", object));
-    EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(Count(), 0);
+    for (const Kind& kind : Kinds) {
+        void* object = GetFromFile(kind);
+        EXPECT_FALSE(Expt.ReleaseDataPtr("sub/V", kind.m_Type, object));
+        EXPECT_EQ(object, nullptr);
+        EXPECT_EQ(Count(), 0);
+    }
 }
 
 TEST_F(DataTable, NameWithoutPathLosesTheObjectSilently) {
-    void* object = GetTrace("W");
-    EXPECT_TRUE(Release("99\\V", object));
-    EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(Count(), 0);
+    for (const Kind& kind : Kinds) {
+        void* object = GetFromFile(kind);
+        EXPECT_TRUE(Expt.ReleaseDataPtr("99\\V", kind.m_Type, object));
+        EXPECT_EQ(object, nullptr);
+        EXPECT_EQ(Count(), 0);
+        EXPECT_FALSE(Exists(Scratch(kind.m_Suffix)));
+    }
+}
+
+TEST_F(DataTable, PartOfAMatrixIsWrittenBesideTheWhole) {
+    WriteBytes(ShotFolder("7") + "/M.dmt", DmtFile().Bytes());
+    void* object = Expt.GetDataPtr("M[1,3]", DataMatrix);
+    ASSERT_NE(object, nullptr);
+    EXPECT_EQ(Values(AsMatrix(object)), LayerValues(2, 3, 1, 3));
+    EXPECT_TRUE(Expt.ReleaseDataPtr("M[1,3]", DataMatrix, object));
+    EXPECT_EQ(ReadBytes(ShotFolder("7") + "/M.dmt"), DmtFile().Bytes());
+    EXPECT_TRUE(Exists(ShotFolder("7") + "/M[1,3].dmt"));
 }
 
 TEST_F(DataTable, ObjectThatIsNotInTheTableStays) {
@@ -310,11 +596,18 @@ TEST_F(DataTable, ObjectThatIsNotInTheTableStays) {
 }
 
 TEST_F(DataTable, ObjectOfAnotherTypeStays) {
-    void* const known = GetTrace("W");
-    void* object = known;
-    EXPECT_TRUE(Expt.ReleaseDataPtr("", DataNone, object));
-    EXPECT_EQ(object, known);
-    EXPECT_EQ(Count(), 1);
+    for (const Kind& kind : Kinds) {
+        Expt.ClearDataPtrs();
+        void* const known = GetFromFile(kind);
+        void* object = known;
+        for (const int type : {0, 1, 2, 3, 4, 5}) {
+            if (type == kind.m_Type) continue;
+            EXPECT_TRUE(Expt.ReleaseDataPtr("V", static_cast<DataType>(type), object));
+            EXPECT_EQ(object, known);
+        }
+        EXPECT_EQ(Count(), 1);
+        EXPECT_FALSE(Exists(FileOf(kind, "V")));
+    }
 }
 
 TEST_F(DataTable, NullMatchesBlankEntriesAlone) {
@@ -368,7 +661,11 @@ TEST_F(DataTable, PointerOfABlankEntryDoesNotReachItsFollower) {
 TEST_F(DataTable, ClearDropsEverythingUnsaved) {
     AsTrace(GetTrace("W"))[0] = 77.0f;
     KeepTrace("@T");
+    for (const Kind& kind : Kinds)
+        LabelOf(GetFromFile(kind), kind.m_Type) = "new label";
     Expt.ClearDataPtrs();
+    for (const Kind& kind : Kinds)
+        EXPECT_EQ(ReadBytes(FileOf(kind, "Q")), kind.m_Bytes);
     EXPECT_EQ(Count(), 0);
     EXPECT_EQ(Expt.m_DataPtrs.RCount(), 1);
     EXPECT_EQ(Expt.m_DataPtrs.Capacity(), 0);
@@ -380,12 +677,19 @@ TEST_F(DataTable, ObjectsLeftAtExitDieWithoutAFile) {
     EXPECT_EXIT(
         {
             KeepTrace("Left");
-            AsTrace(GetTrace("W"))[0] = 77.0f;
+            Expt.InitDataPtr("@Left", DataMatrix);
+            Expt.InitDataPtr("Left", DataGeometry);
+            for (const Kind& kind : Kinds) {
+                LabelOf(GetFromFile(kind), kind.m_Type) = "new label";
+                Expt.GetDataPtr("", kind.m_Type);
+            }
             exit(0);
         },
-        testing::ExitedWithCode(0), "");
-    EXPECT_FALSE(Exists(File("Left")));
-    EXPECT_EQ(ReadBytes(File("W")), WvfFile().Bytes());
+        testing::ExitedWithCode(0), "^$");
+    EXPECT_EQ(Names(ShotFolder("7")), (std::vector<std::string>{"Q.dgm", "Q.dmt", "Q.dpt", "Q.wvf",
+                                                                "Scalars.ini", "W.wvf"}));
+    for (const Kind& kind : Kinds)
+        EXPECT_EQ(ReadBytes(FileOf(kind, "Q")), kind.m_Bytes);
 }
 
 // ---- Calls from within a locked write

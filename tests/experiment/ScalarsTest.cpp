@@ -2,6 +2,8 @@
 #include <string>
 
 #include "core/CoreGlobal.h"
+#include "data/MatrixTestData.h"
+#include "data/ParticleTestData.h"
 #include "data/WaveformTestData.h"
 #include "experiment/Experiment.h"
 #include "support/ShotFixture.h"
@@ -22,7 +24,6 @@ protected:
 };
 
 constexpr size_t DateOffset = 94 + 2 + sizeof "the label" - 1 + 2;
-constexpr size_t DateLength = 19;
 constexpr size_t LateParamOffset = DateOffset + DateLength + 2 + sizeof "a note" - 1 + 2;
 
 // A file with `value` at `offset` and the date of the writing blanked.
@@ -211,4 +212,133 @@ TEST_F(Scalars, KeyWithoutAPathChangesNoFileOfTheCurrentFolder) {
     Expt.SetScalarData("![Away]\\t1", 77.0f);
     Expt.SetScalarData("\\t1", 77.0f);
     EXPECT_EQ(ReadBytes(Scratch(".wvf")), WvfFile().Bytes());
+}
+
+// ---- Writing a stored parameter of a matrix
+
+namespace {
+
+// Shot 7 holds the matrix M as well.
+class MatrixScalars : public Scalars {
+protected:
+    MatrixScalars() { WriteBytes(MatrixFile(), DmtFile().Bytes()); }
+
+    static std::string MatrixFile() { return ShotFolder("7") + "/M.dmt"; }
+
+    // The matrix is the default one with `value` at `offset`, written today.
+    static void ExpectChangedAt(size_t offset, float value) {
+        const std::string now = Text(Now());
+        std::string bytes = ReadBytes(MatrixFile());
+        ASSERT_EQ(bytes.size(), DmtFile().Bytes().size());
+        EXPECT_EQ(bytes.substr(MatrixDate, 6), now.substr(0, 6));
+        bytes.replace(MatrixDate, DateLength, "06/07/2021 08:09:10");
+        EXPECT_EQ(bytes, WithFloat(DmtFile().Bytes(), offset, value));
+    }
+
+    static constexpr size_t MatrixParams = 72;
+    static constexpr size_t MatrixDate = 115 + 4;
+};
+
+}  // namespace
+
+TEST_F(MatrixScalars, FiveNumbersAreChangedInTheFileAndNothingElse) {
+    const char* keys[] = {"M\\t1", "M\\T2", "M\\t3", "![Away]\\t4", "M\\t5"};
+    Expt.SetShotData("Away", "M");
+    for (size_t i = 0; i < 5; ++i) {
+        WriteBytes(MatrixFile(), DmtFile().Bytes());
+        Expt.SetScalarData(keys[i], 77.25f);
+        ExpectChangedAt(MatrixParams + 4 * i, 77.25f);
+    }
+}
+
+TEST_F(MatrixScalars, WrittenNumberCanBeRead) {
+    Expt.SetScalarData("M\\t1", 2.5f);
+    Expt.SetScalarData("M\\t5", 3.5f);
+    EXPECT_EQ(Get("M\\t1+M\\t5"), 6.0f);
+}
+
+TEST_F(MatrixScalars, NumbersBeyondTheFifthWriteNothing) {
+    for (const char* key : {"M\\t6", "M\\t7", "M\\t8", "M\\t9", "M\\ta", "M\\tB", "M\\tc", "M\\t0",
+                            "M\\td", "M\\mx", "M\\t1 "}) {
+        Expt.SetScalarData(key, 77.0f);
+        EXPECT_EQ(ReadBytes(MatrixFile()), DmtFile().Bytes()) << key;
+    }
+}
+
+TEST_F(MatrixScalars, PartOfAMatrixIsWrittenNeitherOverNorBesideTheWhole) {
+    Expt.SetShotData("Away", "M[1,3]");
+    for (const char* key :
+         {"M[2,5]\\t1", "M[0,4]\\t1", "M[,]\\t1", "M[]\\t1", "M[\\t1", "![Away]\\t1"}) {
+        Expt.SetScalarData(key, 77.0f);
+        EXPECT_EQ(ReadBytes(MatrixFile()), DmtFile().Bytes()) << key;
+    }
+    EXPECT_EQ(Names(ShotFolder("7")), (std::vector<std::string>{"M.dmt", "Scalars.ini", "W.wvf"}));
+}
+
+TEST_F(MatrixScalars, FewerThanTwoValuesWriteNothing) {
+    DmtFile one = FlatDmtFile();
+    one.m_Axes = AxisRecord(1, 0.5f, {10}) + AxisRecord(1, 2, {-1});
+    one.m_Values = Float32(5);
+    DmtFile none = one;
+    none.m_Axes = AxisRecord(2, 0.5f, {10}) + AxisRecord(0, 2, {-1});
+    DmtFile tooManyDimensions;
+    tooManyDimensions.m_NDims = 4;
+    DmtFile noDimensions;
+    noDimensions.m_NDims = 0;
+    for (const DmtFile& file : {one, none, tooManyDimensions, noDimensions}) {
+        WriteBytes(MatrixFile(), file.Bytes());
+        Expt.SetScalarData("M\\t1", 77.0f);
+        EXPECT_EQ(ReadBytes(MatrixFile()), file.Bytes());
+    }
+}
+
+TEST_F(MatrixScalars, TwoValuesAreEnough) {
+    DmtFile two = FlatDmtFile();
+    two.m_Axes = AxisRecord(2, 0.5f, {10}) + AxisRecord(1, 2, {-1});
+    two.m_Values = Floats({5, 6});
+    WriteBytes(MatrixFile(), two.Bytes());
+    Expt.SetScalarData("M\\t1", 77.0f);
+    EXPECT_EQ(Get("M\\t1"), 77.0f);
+}
+
+TEST_F(MatrixScalars, TraceOfTheNameComesFirst) {
+    WriteBytes(ShotFolder("7") + "/M.wvf", WvfFile().Bytes());
+    Expt.SetScalarData("M\\t1", 77.0f);
+    EXPECT_EQ(ReadBytes(MatrixFile()), DmtFile().Bytes());
+    EXPECT_EQ(ReadBytes(ShotFolder("7") + "/M.wvf").substr(62, 4), Float32(77.0f));
+}
+
+TEST_F(MatrixScalars, LockedTraceOfTheNameKeepsTheMatrixFromBeingWritten) {
+    WvfFile locked;
+    locked.m_Version = -4;
+    WriteBytes(ShotFolder("7") + "/M.wvf", locked.Bytes());
+    RecordingSink sink;
+    Expt.SetScalarData("M\\t1", 77.0f);
+    EXPECT_EQ(ReadBytes(MatrixFile()), DmtFile().Bytes());
+    EXPECT_EQ(sink.Texts(NT_Message).size(), 1u);
+}
+
+TEST_F(MatrixScalars, TraceWithoutPointsIsPassedOver) {
+    WvfFile empty;
+    empty.m_Points = 0;
+    empty.m_Samples = "";
+    WriteBytes(ShotFolder("7") + "/M.wvf", empty.Bytes());
+    Expt.SetScalarData("M\\t2", 77.25f);
+    ExpectChangedAt(MatrixParams + 4, 77.25f);
+    EXPECT_EQ(ReadBytes(ShotFolder("7") + "/M.wvf"), empty.Bytes());
+}
+
+TEST_F(MatrixScalars, ParticleGroupIsNotWritten) {
+    WriteBytes(ShotFolder("7") + "/P.dpt", DptFile().Bytes());
+    Expt.SetScalarData("P\\t1", 77.0f);
+    EXPECT_EQ(ReadBytes(ShotFolder("7") + "/P.dpt"), DptFile().Bytes());
+    EXPECT_EQ(Names(ShotFolder("7")),
+              (std::vector<std::string>{"M.dmt", "P.dpt", "Scalars.ini", "W.wvf"}));
+}
+
+TEST_F(MatrixScalars, KeyWithoutAPathChangesNoMatrixOfTheCurrentFolder) {
+    WriteBytes(Scratch(".dmt"), DmtFile().Bytes());
+    Expt.SetScalarData("![Away]\\t1", 77.0f);
+    Expt.SetScalarData("\\t1", 77.0f);
+    EXPECT_EQ(ReadBytes(Scratch(".dmt")), DmtFile().Bytes());
 }

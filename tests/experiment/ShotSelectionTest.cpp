@@ -409,9 +409,7 @@ TEST_F(ExperimentPaths, WithABackslashBehindTheExperimentGetItsMarker) {
     EXPECT_EQ(Relative("/D/E\\a/b"), ".\\a/b");
 }
 
-TEST_F(ExperimentPaths, PrefixNeedNotEndAtASeparator) {
-    EXPECT_EQ(Relative("/dx/y"), "..\\/y");
-}
+TEST_F(ExperimentPaths, PrefixNeedNotEndAtASeparator) { EXPECT_EQ(Relative("/dx/y"), "..\\/y"); }
 
 TEST_F(ExperimentPaths, ElsewhereAreStoredByTheirSharedName) {
     EXPECT_EQ(Relative("/far/x"), "/far/x");

@@ -37,9 +37,7 @@ float AtRunTime(float value) {
     return kept;
 }
 
-double Wide(float value) {
-    return static_cast<double>(value);
-}
+double Wide(float value) { return static_cast<double>(value); }
 
 // ---- A host's own names
 
@@ -114,13 +112,9 @@ TEST_F(Arithmetic, BindsFromSumsToPowers) {
     EXPECT_EQ(Eval("12/3*2"), 8.0f);
 }
 
-TEST_F(Arithmetic, PowersGoFromLeftToRight) {
-    EXPECT_EQ(Eval("2^3^2"), 64.0f);
-}
+TEST_F(Arithmetic, PowersGoFromLeftToRight) { EXPECT_EQ(Eval("2^3^2"), 64.0f); }
 
-TEST_F(Arithmetic, PowerBindsTighterThanALeadingMinus) {
-    EXPECT_EQ(Eval("-2^2"), -4.0f);
-}
+TEST_F(Arithmetic, PowerBindsTighterThanALeadingMinus) { EXPECT_EQ(Eval("-2^2"), -4.0f); }
 
 TEST_F(Arithmetic, SignBehindAnOperatorBelongsToTheOperand) {
     EXPECT_EQ(Eval("2*-3"), -6.0f);
@@ -171,9 +165,7 @@ TEST_F(Arithmetic, DivisionByZeroIsInvalidOnceItIsAddedUp) {
     EXPECT_EQ(Expt.ParseFactor("1/0", nullptr), Infinity);
 }
 
-TEST_F(Arithmetic, SumItselfIsNotTested) {
-    EXPECT_EQ(Eval("9e34+9e34"), 9e34f + 9e34f);
-}
+TEST_F(Arithmetic, SumItselfIsNotTested) { EXPECT_EQ(Eval("9e34+9e34"), 9e34f + 9e34f); }
 
 TEST_F(Arithmetic, SumsAndProductsAreOfSinglePrecision) {
     EXPECT_EQ(Eval("16777216+1"), 16777216.0f);
@@ -292,9 +284,7 @@ TEST_F(Arithmetic, FunctionNamesAreReadInAnyCase) {
     EXPECT_EQ(Eval("Exp(0)+eXP(0)"), 2.0f);
 }
 
-TEST_F(Arithmetic, LongerWordMayEndInAFunctionsName) {
-    EXPECT_EQ(Eval("12cos(0)"), 121.0f);
-}
+TEST_F(Arithmetic, LongerWordMayEndInAFunctionsName) { EXPECT_EQ(Eval("12cos(0)"), 121.0f); }
 
 TEST_F(Arithmetic, NegativeFunctionValueCanBeABase) {
     const float base = ThroughText(sin(Wide(-1.0f)));
@@ -420,9 +410,7 @@ TEST_F(Arithmetic, BracketsTakeTheirContentsAsOneName) {
     EXPECT_TRUE(IsInvalid("[p+1]", Supply));
 }
 
-TEST_F(Arithmetic, WholeBracketMayGiveAnyValue) {
-    EXPECT_EQ(Eval("[1e40]"), Infinity);
-}
+TEST_F(Arithmetic, WholeBracketMayGiveAnyValue) { EXPECT_EQ(Eval("[1e40]"), Infinity); }
 
 TEST_F(Arithmetic, BracketsAreReplacedFromTheLastOneOn) {
     mKnown = {{"p", 1.0f}, {"q", 2.0f}, {"n2", 9.0f}};
@@ -517,9 +505,7 @@ TEST_F(EvaluatorOfShot, FieldNamedLikeTheWholeTextWins) {
     EXPECT_EQ(Eval("(a-b)+0"), 10.0f);
 }
 
-TEST_F(EvaluatorOfShot, NumberWinsOverAFieldOfItsName) {
-    EXPECT_EQ(Eval("5"), 5.0f);
-}
+TEST_F(EvaluatorOfShot, NumberWinsOverAFieldOfItsName) { EXPECT_EQ(Eval("5"), 5.0f); }
 
 TEST_F(EvaluatorOfShot, BracketsReachFieldsWithOperatorsInTheirNames) {
     EXPECT_EQ(Eval("[a-b]*2"), 20.0f);

@@ -23,9 +23,7 @@ std::string Filled(const char* text, bool markedOnly) {
     return Text(Expt.GetExpandedString(text, markedOnly));
 }
 
-std::string Label(const char* text) {
-    return Text(Expt.GetExpandedLabel(text));
-}
+std::string Label(const char* text) { return Text(Expt.GetExpandedLabel(text)); }
 
 }  // namespace
 
@@ -103,9 +101,7 @@ TEST_F(Expansion, NumberIsPrintedInItsFormat) {
     EXPECT_EQ(Label("![a%+05.1f]"), "+02.0");
 }
 
-TEST_F(Expansion, NumberWithoutFormatHasEightDigits) {
-    EXPECT_EQ(Label("![long]"), "3.1415927");
-}
+TEST_F(Expansion, NumberWithoutFormatHasEightDigits) { EXPECT_EQ(Label("![long]"), "3.1415927"); }
 
 TEST_F(Expansion, TextFieldIgnoresAnyFormat) {
     EXPECT_EQ(Label("![b] and ![b%.2f]"), "text and text");

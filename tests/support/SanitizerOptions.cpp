@@ -15,12 +15,8 @@ const char* __asan_default_options() {
 
 // The links of the free list of short strings aren't aligned, so the leak search looks at every
 // byte.
-const char* __lsan_default_options() {
-    return "use_unaligned=1";
-}
+const char* __lsan_default_options() { return "use_unaligned=1"; }
 
-const char* __ubsan_default_options() {
-    return "print_stacktrace=1";
-}
+const char* __ubsan_default_options() { return "print_stacktrace=1"; }
 }
 // NOLINTEND(bugprone-reserved-identifier)

@@ -23,17 +23,11 @@ std::string Bytes(T value) {
 
 }  // namespace
 
-const std::string& ScratchFolder() {
-    return mScratchFolder;
-}
+const std::string& ScratchFolder() { return mScratchFolder; }
 
-void SetScratchFolder(const std::string& folder) {
-    mScratchFolder = folder;
-}
+void SetScratchFolder(const std::string& folder) { mScratchFolder = folder; }
 
-std::string Scratch(const std::string& name) {
-    return mScratchFolder + "/" + name;
-}
+std::string Scratch(const std::string& name) { return mScratchFolder + "/" + name; }
 
 std::string MakeFolder(const std::string& path) {
     fs::create_directories(path);
@@ -52,9 +46,7 @@ std::string ReadBytes(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-bool Exists(const std::string& path) {
-    return fs::exists(fs::symlink_status(path));
-}
+bool Exists(const std::string& path) { return fs::exists(fs::symlink_status(path)); }
 
 std::vector<std::string> Names(const std::string& folder) {
     std::vector<std::string> names;
@@ -69,23 +61,13 @@ std::string Text(const DString& text) {
     return {static_cast<const char*>(text), static_cast<size_t>(text.GetLength())};
 }
 
-std::string Int16(int value) {
-    return Bytes(static_cast<int16_t>(value));
-}
-std::string Int32(long value) {
-    return Bytes(static_cast<int32_t>(value));
-}
-std::string Float32(float value) {
-    return Bytes(value);
-}
+std::string Int16(int value) { return Bytes(static_cast<int16_t>(value)); }
+std::string Int32(long value) { return Bytes(static_cast<int32_t>(value)); }
+std::string Float32(float value) { return Bytes(value); }
 
-RecordingSink::RecordingSink() {
-    SetNotify(this);
-}
+RecordingSink::RecordingSink() { SetNotify(this); }
 
-RecordingSink::~RecordingSink() {
-    SetNotify(nullptr);
-}
+RecordingSink::~RecordingSink() { SetNotify(nullptr); }
 
 void RecordingSink::Notify(NotifyType type, int value, const DString& text) {
     m_Entries.push_back({type, value, Text(text)});
@@ -99,6 +81,4 @@ std::vector<std::string> RecordingSink::Texts(NotifyType type) const {
     return texts;
 }
 
-void PrintTo(const DString& text, std::ostream* out) {
-    *out << '"' << Text(text) << '"';
-}
+void PrintTo(const DString& text, std::ostream* out) { *out << '"' << Text(text) << '"'; }

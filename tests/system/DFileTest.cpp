@@ -47,18 +47,14 @@ RecordedTransfers::RecordedTransfers(const FILE* stream, const char* block,
     mTransfers = this;
 }
 
-RecordedTransfers::~RecordedTransfers() {
-    mTransfers = nullptr;
-}
+RecordedTransfers::~RecordedTransfers() { mTransfers = nullptr; }
 
 size_t RecordedTransfers::Record(const void* piece, size_t itemSize, size_t items) {
     m_Calls.push_back({static_cast<const char*>(piece) - m_Block, itemSize, items});
     return m_Calls.size() <= m_Answers.size() ? m_Answers[m_Calls.size() - 1] : 0;
 }
 
-bool IsRecorded(const FILE* stream) {
-    return mTransfers && mTransfers->m_Stream == stream;
-}
+bool IsRecorded(const FILE* stream) { return mTransfers && mTransfers->m_Stream == stream; }
 
 std::unique_ptr<char[]> Room(int bytes) {
     return std::make_unique_for_overwrite<char[]>(static_cast<size_t>(bytes));

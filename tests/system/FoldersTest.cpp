@@ -61,13 +61,9 @@ struct HiddenEntry {
 
 HiddenEntry* mHidden = nullptr;
 
-HiddenEntry::HiddenEntry(const std::string& path) : m_Path(path) {
-    mHidden = this;
-}
+HiddenEntry::HiddenEntry(const std::string& path) : m_Path(path) { mHidden = this; }
 
-HiddenEntry::~HiddenEntry() {
-    mHidden = nullptr;
-}
+HiddenEntry::~HiddenEntry() { mHidden = nullptr; }
 
 // While it lives, no more files than these can be open.
 struct FewOpenFiles {
@@ -85,13 +81,9 @@ Call Real(const char* name) {
     return reinterpret_cast<Call>(dlsym(RTLD_NEXT, name));
 }
 
-void MakeSocket(const std::string& path) {
-    ASSERT_EQ(mknod(path.c_str(), S_IFSOCK | 0600, 0), 0);
-}
+void MakeSocket(const std::string& path) { ASSERT_EQ(mknod(path.c_str(), S_IFSOCK | 0600, 0), 0); }
 
-void MakeFifo(const std::string& path) {
-    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-}
+void MakeFifo(const std::string& path) { ASSERT_EQ(mkfifo(path.c_str(), 0600), 0); }
 
 mode_t ModeOf(const std::string& path) {
     struct stat status;
@@ -130,13 +122,9 @@ Strings FoldersOf(const std::string& pattern) {
     return Elements(found);
 }
 
-bool Create(const std::string& name) {
-    return CreateFolder(ScratchPath(name));
-}
+bool Create(const std::string& name) { return CreateFolder(ScratchPath(name)); }
 
-bool Delete(const std::string& name) {
-    return DeleteFolder(ScratchPath(name));
-}
+bool Delete(const std::string& name) { return DeleteFolder(ScratchPath(name)); }
 
 bool Copy(const std::string& source, const std::string& target) {
     return CopyFileD(ScratchPath(source), ScratchPath(target));

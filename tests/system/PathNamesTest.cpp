@@ -23,13 +23,9 @@ std::pair<std::string, std::string> Split(const DString& path) {
 
 using Parts = std::pair<std::string, std::string>;
 
-std::string Shared(const char* local) {
-    return Text(GetUNCFileName(local));
-}
+std::string Shared(const char* local) { return Text(GetUNCFileName(local)); }
 
-std::string Local(const char* shared) {
-    return Text(GetLocalFileName(shared));
-}
+std::string Local(const char* shared) { return Text(GetLocalFileName(shared)); }
 
 void SetTranslations(const std::string& lines) {
     WriteBytes(Scratch("Tarsel.ini"), "[Other]\r\nx=/other\r\n[Translations]\r\n" + lines);
@@ -79,9 +75,7 @@ TEST(SplitPathElts, SlashAtTheEndLeavesNoName) {
     EXPECT_EQ(Split("/"), Parts("", ""));
 }
 
-TEST(SplitPathElts, NameBelowTheRootHasNoFolder) {
-    EXPECT_EQ(Split("/name"), Parts("", "name"));
-}
+TEST(SplitPathElts, NameBelowTheRootHasNoFolder) { EXPECT_EQ(Split("/name"), Parts("", "name")); }
 
 TEST(SplitPathElts, ResultMayBeThePathItself) {
     DString path("/a/b");

@@ -6,6 +6,4 @@
 #include "support/Support.h"
 #include "types/DString.h"
 
-inline DString ScratchPath(const std::string& name) {
-    return DString(Scratch(name).c_str());
-}
+inline DString ScratchPath(const std::string& name) { return DString(Scratch(name).c_str()); }

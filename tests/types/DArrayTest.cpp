@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/ProcessMemory.h"
 #include "support/Support.h"
 #include "types/DStringArray.h"
 
@@ -127,16 +128,6 @@ bool IsZero(const void* bytes, size_t n) {
         if (byte[i] != 0) return false;
     }
     return true;
-}
-
-long ResidentBytes() {
-    long total = 0;
-    long resident = 0;
-    FILE* file = fopen("/proc/self/statm", "r");
-    if (!file) return 0;
-    if (fscanf(file, "%ld %ld", &total, &resident) != 2) resident = 0;
-    fclose(file);
-    return resident * sysconf(_SC_PAGESIZE);
 }
 
 template <typename T>

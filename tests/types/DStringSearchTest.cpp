@@ -100,9 +100,7 @@ TEST(DStringFind, FindsAnEmptyPatternAtStart) {
     EXPECT_EQ(text.FindI("", 2), 2);
 }
 
-TEST(DStringFind, FindsTheTerminator) {
-    EXPECT_EQ(DString("abc").Find('\0', 0), 3);
-}
+TEST(DStringFind, FindsTheTerminator) { EXPECT_EQ(DString("abc").Find('\0', 0), 3); }
 
 TEST(DStringFindI, IgnoresCase) {
     const DString text("Shot\\TRACE.wvf");
@@ -114,9 +112,7 @@ TEST(DStringFindI, IgnoresCase) {
     EXPECT_EQ(Text(text), "Shot\\TRACE.wvf");
 }
 
-TEST(DStringFindI, TakesAPartialMatchAsNone) {
-    EXPECT_EQ(DString("aAab").FindI("AAB", 0), 1);
-}
+TEST(DStringFindI, TakesAPartialMatchAsNone) { EXPECT_EQ(DString("aAab").FindI("AAB", 0), 1); }
 
 TEST(DStringFindI, FollowsTheLocale) {
     const DString text("x\xC4");

@@ -48,9 +48,7 @@ void ExpectOwnEmptyBlock(const DString& text) {
     EXPECT_EQ(text.GetAllocLength(), 32);
 }
 
-void ExpectSharedEmptyBlock(const DString& text) {
-    EXPECT_EQ(Place(text), DEmptyString);
-}
+void ExpectSharedEmptyBlock(const DString& text) { EXPECT_EQ(Place(text), DEmptyString); }
 
 // Made before every ordinary static object, to see what the library offers there.
 struct EarlyObject {
@@ -385,9 +383,7 @@ TEST(DStringEmpty, EveryStateCanBeChangedInPlace) {
 
 // ---- Construction
 
-TEST(DStringConstruction, DefaultIsTheSharedEmptyBlock) {
-    ExpectSharedEmptyBlock(DString());
-}
+TEST(DStringConstruction, DefaultIsTheSharedEmptyBlock) { ExpectSharedEmptyBlock(DString()); }
 
 TEST(DStringConstruction, TakesAtMostTheGivenBytes) {
     EXPECT_EQ(Text(DString("abc", 2)), "ab");

@@ -16,9 +16,7 @@ inline DString NullString() {
 }
 
 /// The three states that mean an empty text: null, the shared empty block, a block of its own.
-inline std::vector<DString> EmptyStrings() {
-    return {NullString(), DString(), DString("")};
-}
+inline std::vector<DString> EmptyStrings() { return {NullString(), DString(), DString("")}; }
 
 /// A string of exactly these bytes, zero bytes included.
 inline DString StringOf(const std::string& bytes) {
@@ -28,6 +26,4 @@ inline DString StringOf(const std::string& bytes) {
 }
 
 /// Where the text stands; two strings that share a block stand at the same place.
-inline const char* Place(const DString& text) {
-    return text;
-}
+inline const char* Place(const DString& text) { return text; }

@@ -23,6 +23,7 @@
 #include "core/startup/Addresses.h"
 #include "experiment/Experiment.h"
 #include "support/Support.h"
+#include "system/DLibrary.h"
 #include "system/DSystem.h"
 
 namespace {
@@ -143,12 +144,13 @@ constexpr size_t PathStrings = 4;
 
 }  // namespace
 
-TEST(StartUpOrder, BeginsWithSettingsExperimentAndSheetData) {
+TEST(StartUpOrder, BeginsWithSettingsExperimentSheetDataAndLoader) {
     const std::vector<Registration> all = Registered();
-    ASSERT_GE(all.size(), 3u);
+    ASSERT_GE(all.size(), 4u);
     EXPECT_EQ(all[0].m_Object, &TrIni);
     EXPECT_EQ(all[1].m_Object, &Expt);
     EXPECT_EQ(all[2].m_Object, &SheetData);
+    EXPECT_EQ(all[3].m_Object, &DLib);
 }
 
 TEST(StartUpOrder, GoesOnWithThePathStringsAndTheSetsOfTheEvaluator) {

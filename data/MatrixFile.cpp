@@ -1,0 +1,205 @@
+// Matrix: its file format, and reading a part of a file.
+#include <limits.h>
+#include <stdint.h>
+
+#include <algorithm>
+
+#include "core/CoreGlobal.h"
+#include "data/BinaryFields.h"
+#include "data/Matrix.h"
+#include "system/DSystem.h"
+
+namespace {
+
+constexpr int32_t FileVersion = 4;
+constexpr int32_t FirstVersionWithCalib = 4;
+constexpr int MostDims = 3;
+
+constexpr int OpenToRead = 5;
+constexpr int OpenToWrite = 6;
+constexpr int OpenToUpdate = 7;
+
+// In a file an axis is irregular if its step is exactly 0: one with a negative step keeps its first
+// coordinate alone and comes back evenly spaced downwards.
+bool HasAllCoords(const Matrix::MDim& axis) { return axis.m_Step == 0.0f; }
+
+// ---- The pieces of the file, each as it is read and as it is written
+
+void ReadAxis(DFile& file, Matrix::MDim& axis) {
+    int32_t size = 0;
+    if (ReadField(file, size)) axis.m_OrigSize = std::max(size, 0);
+    size = std::max(size, 0);
+    ReadField(file, axis.m_Step);
+    axis.Size(size);
+    const bool held = axis.Count() == size;
+    if (HasAllCoords(axis)) {
+        if (held) ReadFloats(file, axis.Data(), size);
+        if (!held) SkipBytes(file, int64_t{4} * size);
+        return;
+    }
+    float first = 0.0f;
+    if (!ReadField(file, first)) return;
+    for (int i = 0; i < axis.Count(); ++i)
+        axis[i] = static_cast<float>(i) * axis.m_Step + first;
+}
+
+void WriteAxis(DFile& file, const Matrix::MDim& axis) {
+    WriteField<int32_t>(file, axis.Count());
+    WriteField(file, axis.m_Step);
+    if (HasAllCoords(axis)) {
+        WriteFloats(file, axis.Data(), axis.Count());
+    } else {
+        WriteField(file, axis.Count() > 0 ? axis[0] : 0.0f);
+    }
+}
+
+void ReadNumbers(DFile& file, Matrix& matrix, int32_t version) {
+    ReadField(file, matrix.m_Max);
+    ReadField(file, matrix.m_Min);
+    if (version >= FirstVersionWithCalib) {
+        ReadField(file, matrix.m_Calib);
+    } else {
+        matrix.m_Calib = 1.0f;
+    }
+    ReadField(file, matrix.m_ScaleUnit);
+    for (float& param : matrix.m_Params)
+        ReadField(file, param);
+}
+
+void WriteNumbers(DFile& file, const Matrix& matrix) {
+    WriteField(file, matrix.m_Max);
+    WriteField(file, matrix.m_Min);
+    WriteField(file, matrix.m_Calib);
+    WriteField(file, matrix.m_ScaleUnit);
+    for (const float param : matrix.m_Params)
+        WriteField(file, param);
+}
+
+void ReadTexts(DFile& file, Matrix& matrix) {
+    file.DSRead(matrix.m_Note, false);
+    file.DSRead(matrix.m_Label, false);
+    file.DSRead(matrix.m_Date, false);
+}
+
+void WriteTexts(DFile& file, const Matrix& matrix) {
+    file.DSWrite(matrix.m_Note, 4);
+    file.DSWrite(matrix.m_Label, 4);
+    file.DSWrite(matrix.m_Date, 4);
+}
+
+// Points behind the axis's own are 0, and cost no memory until they are used.
+void GrowAxis(Matrix::MDim& axis, int size) {
+    DArray<float> grown(size);
+    if (grown.Count() != size) return;
+    std::copy_n(axis.Data(), axis.Count(), grown.Data());
+    axis.SwapData(grown);
+}
+
+// ---- Ranges in names
+
+int NumberOr(const DString& text, int fallback) {
+    int number = 0;
+    return text.Trim().ToInt(number, 0) ? number : fallback;
+}
+
+// Takes a range "[start,stop]" off the name. What is missing of it counts as no number.
+void TakeRange(DString& name, int& stop, int& start) {
+    const int open = name.Find('[', 0);
+    if (open == npos) return;
+    const int comma = name.Find(',', open);
+    const int close = comma == npos ? npos : name.Find(']', comma);
+    start = comma == npos ? 0 : NumberOr(name.Mid(open + 1, comma - open - 1), 0);
+    stop = close == npos ? -1 : NumberOr(name.Mid(comma + 1, close - comma - 1), -1);
+    name.Truncate(open);
+}
+
+}  // namespace
+
+// ---- Reading
+
+bool Matrix::Read(DString name, int stop, int start) {
+    TakeRange(name, stop, start);
+    name += ".dmt";
+    DFile file;
+    if (!file.Open(name, OpenToRead)) return false;
+    Read(file, stop, start);
+    return true;
+}
+
+void Matrix::Read(DFile& file, int stop, int start) {
+    int32_t version = FileVersion;
+    ReadField(file, version);
+    SkipBytes(file, ReadLengthField<int32_t>(file));
+    int32_t dims = 0;
+    if (ReadField(file, dims)) m_NDims = dims;
+    if (dims > MostDims) return;
+    dims = std::max(dims, 0);
+    for (int i = 0; i < dims; ++i)
+        ReadAxis(file, m_Dims[i]);
+    ReadNumbers(file, *this, version);
+    ReadTexts(file, *this);
+    if (dims == 0) {
+        SizeValues(0);
+        return;
+    }
+    CutAxis(m_Dims[dims - 1], stop, start);
+    ReadValues(file, m_Dims[dims - 1].Count(), start);
+}
+
+// Cuts the last axis to the wanted range. Its first coordinates stay, also where the range begins
+// later, and a range that begins ahead of the axis makes it longer.
+void Matrix::CutAxis(MDim& axis, int stop, int& start) {
+    if (stop < 0 && start <= 0) return;
+    stop = std::max(std::min(stop, axis.Count()), 1);
+    start = std::min(start, stop - 1);
+    const int size = static_cast<int>(std::min<int64_t>(int64_t{stop} - start, INT_MAX));
+    if (size > axis.Count()) {
+        GrowAxis(axis, size);
+    } else {
+        axis.ReSize(1, size);
+    }
+}
+
+// `layers` is the size of the last axis, along which `start` counts. What no file can hold, because
+// it lies beyond every position, is 0 like all that the file doesn't hold.
+void Matrix::ReadValues(DFile& file, int layers, int start) {
+    const int64_t total = Total();
+    SizeValues(total);
+    if (m_Count == 0) return;
+    const int64_t ahead = total / layers * std::max(start, 0);
+    if (ahead > INT64_MAX / 4 || !SkipBytes(file, ahead * 4)) return;
+    ReadFloats(file, m_Data, m_Count);
+}
+
+// ---- Writing
+
+bool Matrix::Write(DString name) {
+    name += ".dmt";
+    DFile file;
+    if (!file.Open(name, OpenToWrite)) return false;
+    Write(file);
+    return true;
+}
+
+void Matrix::Write(DFile& file) {
+    m_Date = Now();
+    WriteField<int32_t>(file, FileVersion);
+    WriteField<int32_t>(file, 0);
+    WriteField<int32_t>(file, std::min(m_NDims, MostDims));
+    for (int i = 0; i < UsedDims(); ++i)
+        WriteAxis(file, m_Dims[i]);
+    WriteNumbers(file, *this);
+    WriteTexts(file, *this);
+    WriteFloats(file, m_Data, m_Count);
+}
+
+bool Matrix::Append(DString name) {
+    DString existing = name + ".dmt";
+    if (!FileExists(existing)) return Write(name);
+    DFile file;
+    if (!file.Open(existing, OpenToUpdate)) return false;
+    Append(file);
+    return true;
+}
+
+void Matrix::Append(DFile&) {}

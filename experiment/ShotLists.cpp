@@ -1,0 +1,230 @@
+// Sets of shots: by wildcard in a group, by a range of numbers, or by a saved list.
+#include <stdint.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "core/CoreGlobal.h"
+#include "experiment/Experiment.h"
+#include "system/DFile.h"
+#include "system/DSystem.h"
+
+namespace {
+
+constexpr char ListFolder[] = "ShotLists";
+constexpr int PrefixLength = 4;  // of "Shot"
+constexpr int NoGroup = -1;      // a range without a group is searched; a number below isn't
+
+DString WithTextSuffix(const DString& name) { return name.EndsWith(".txt") ? name : name + ".txt"; }
+
+DString WithoutQuotes(DString line) {
+    if (line.EndsWith("\"")) line.TruncateBy(1);
+    return line[0] == '"' ? line.Mid(1, npos) : line;
+}
+
+int GroupAt(const DArray<int>& groups, int i) { return i < groups.Count() ? groups[i] : -1; }
+
+template <typename T>
+void Reverse(T& array) {
+    for (int low = 0, high = array.Count() - 1; low < high; ++low, --high) {
+        std::swap(array[low], array[high]);
+    }
+}
+
+}  // namespace
+
+/// A range of shot names, as in "A0012:A0020": prefix and digits of the first, both numbers.
+class Experiment::ShotRange {
+public:
+    explicit ShotRange(const DString& text) {
+        const DString first = text.BeforeFirst(':', true);
+        const int digits = first.EndNumber(m_First);
+        m_Valid = digits != npos && text.EndNumber(m_Last) != npos;
+        m_Prefix = first.Left(digits);
+        m_Format = "%.0" + DString(first.GetLength() - m_Prefix.GetLength()) + "i";
+    }
+
+    DString Name(int64_t number) const {
+        return DString(m_Prefix).AddFormatted(static_cast<int>(number), m_Format);
+    }
+
+    int m_First = 0;
+    int m_Last = 0;
+    bool m_Valid = false;
+
+private:
+    DString m_Prefix;
+    DString m_Format;
+};
+
+// ---- Sets
+
+void Experiment::GetShotSet(const DString& set, const DString& filter, DString dataName,
+                            DStringArray& names, DArray<int>& groups, DArray<long>* dates) {
+    const DString wanted(filter);  // may be an element of the arrays that are emptied now
+    const DString folder(set);
+    names.Clear();
+    groups.Clear();
+    if (dates) dates->Clear();
+    if (folder == DString("(Shot list)")) {
+        GetShotList(wanted, -1, names, groups, dates);
+    } else {
+        const int group = m_GroupPaths.Index(FullPath(folder));
+        if (group < 0) return;
+        if (wanted.Find(':', 0) != npos) {
+            GetShotList(wanted, group, names, groups, dates);
+        } else {
+            FindShots(group, wanted, names, groups, dates);
+        }
+    }
+    if (dataName.IsEmpty() || dataName == "*") return;
+    if (dataName.Find('.', 0) == npos) dataName += ".wvf";
+    KeepShotsWith(dataName, names, groups, dates);
+}
+
+// The shots of a group whose names match a wildcard, with the dates of their fields.
+void Experiment::FindShots(int group, const DString& filter, DStringArray& names,
+                           DArray<int>& groups, DArray<long>* dates) const {
+    const DString& folder = m_GroupPaths[group];
+    GetFolders(AppendPathElts(folder, "Shot" + filter), names, true);
+    groups.Size(names.Count());
+    if (dates) dates->Size(names.Count());
+    for (int i = 0; i < names.Count(); ++i) {
+        groups[i] = group;
+        if (dates) (*dates)[i] = FileDate(AppendPathElts(folder, names[i], "Scalars.ini"));
+        names[i] = names[i].Mid(PrefixLength, npos);
+    }
+}
+
+void Experiment::KeepShotsWith(const DString& dataName, DStringArray& names, DArray<int>& groups,
+                               DArray<long>* dates) const {
+    int kept = 0;
+    for (int i = 0; i < names.Count(); ++i) {
+        if (!HasGroup(groups[i])) continue;
+        DString data = AppendPathElts(ShotPath(groups[i], names[i]), dataName);
+        if (!FileExists(data)) continue;
+        names[kept] = DString(names[i]);
+        groups[kept] = groups[i];
+        if (dates) (*dates)[kept] = (*dates)[i];
+        ++kept;
+    }
+    names.ReSize(kept);
+    groups.ReSize(kept);
+    if (dates) dates->ReSize(kept);
+}
+
+// ---- Lists and ranges
+
+void Experiment::GetShotList(const DString& list, int group, DStringArray& names,
+                             DArray<int>& groups, DArray<long>* dates) {
+    const DString wanted(list);  // may be an element of the names
+    names.Clear();
+    if (wanted.IsEmpty()) return;
+    if (wanted.Find(':', 0) == npos) {
+        ReadShotList(wanted, names, groups);
+    } else {
+        const ShotRange range(wanted);
+        if (!range.m_Valid) return;
+        FindRange(range, group, names, groups);
+    }
+    if (Logging) Log("Got shot list and checked for existance");
+    if (!dates) return;
+    dates->Size(names.Count());
+    // The date of the folder itself, not of its fields as for a wildcard: FileDate knows files
+    // only, and callers of lists and ranges get 0.
+    for (int i = 0; i < dates->Count(); ++i)
+        (*dates)[i] = HasGroup(groups[i]) ? FileDate(ShotPath(groups[i], names[i])) : 0;
+}
+
+// A line holds the shot's name and behind ";" the path of its group, group 0 where there is none.
+void Experiment::ParseShotLine(const DString& line, DString& name, int& group) const {
+    const DString text = WithoutQuotes(line);
+    name = text.BeforeFirst(';', true);
+    const bool hasPath = name.GetLength() < text.GetLength();
+    group = hasPath ? GetShotGroupNumber(FullPath(text.AfterFirst(';', false))) : 0;
+}
+
+// The existing shots of a list file, each in the group that its line names.
+void Experiment::ReadShotList(const DString& list, DStringArray& names, DArray<int>& groups) {
+    CreateFolder(AppendExptPathElts(ListFolder));
+    DStringArray lines;
+    DFile::GetLines(AppendExptPathElts(ListFolder, WithTextSuffix(list)), lines);
+    groups.Clear();
+    for (int i = 0; i < lines.Count(); ++i) {
+        DString name;
+        int group = 0;
+        ParseShotLine(lines[i], name, group);
+        if (!HasGroup(group) || !HasShot(group, name)) continue;
+        names.Add(name);
+        groups.Add(group);
+    }
+}
+
+// Finds a shot of a range, starting from the group in hand, which follows the shot that is found
+// elsewhere. A group part of the name is dropped by the search that uses it.
+bool Experiment::FindInRange(DString& name, int& group) const {
+    if (group < NoGroup || (HasGroup(group) && HasShot(group, name))) return true;
+    const int found = GuessPathFromShot(name);
+    if (found < 0) return false;
+    group = found;
+    return HasShot(group, name);
+}
+
+// The search goes from the highest number down with the group in hand, so that a shot found in
+// another group takes the lower numbers there too.
+void Experiment::FindRange(const ShotRange& range, int group, DStringArray& names,
+                           DArray<int>& groups) const {
+    groups.Clear();
+    if (group == NoGroup) {
+        DString first = range.Name(range.m_First);
+        group = std::max(GuessPathFromShot(first), 0);
+    }
+    if (Logging) Log("Got names of shots in range");
+    for (int64_t number = range.m_Last; number >= range.m_First; --number) {
+        DString name = range.Name(number);
+        if (!FindInRange(name, group)) continue;
+        names.Add(name);
+        groups.Add(group);
+    }
+    Reverse(names);
+    Reverse(groups);
+}
+
+// ---- Saving
+
+void Experiment::SaveShotList(const DString& fileName, DStringArray& names, DArray<int>& groups) {
+    DStringArray lines;
+    for (int i = 0; i < names.Count(); ++i) {
+        const int group = GroupAt(groups, i);
+        const DString path = HasGroup(group) ? RelativePath(m_GroupPaths[group]) : DString();
+        lines.Add(names[i] + ";" + path);
+    }
+    DFile::WriteLines(AppendExptPathElts(ListFolder, fileName), lines);
+}
+
+void Experiment::MergeShotList(DString source, const DString& fileName, DStringArray& names,
+                               DArray<int>& groups) {
+    DStringArray lines;
+    DFile::GetLines(WithTextSuffix(source), lines);
+    DStringArray merged;
+    DArray<int> mergedGroups;
+    for (int i = 0; i < lines.Count(); ++i) {
+        DString name;
+        int group = 0;
+        ParseShotLine(lines[i], name, group);
+        merged.Add(name);
+        mergedGroups.Add(group);
+    }
+    const int known = merged.Count();
+    for (int i = 0; i < std::min(names.Count(), groups.Count()); ++i) {
+        for (int j = 0; j < known && groups[i] >= 0; ++j) {
+            if (mergedGroups[j] == groups[i] && merged[j] == names[i]) {
+                groups[i] = -1;
+            }
+        }
+        if (groups[i] < 0) continue;
+        merged.Add(names[i]);
+        mergedGroups.Add(groups[i]);
+    }
+    SaveShotList(fileName, merged, mergedGroups);
+}
