@@ -78,6 +78,8 @@ DataPtr& DataPtr::operator=(const DataPtr& other) {
     return *this;
 }
 
+DataPtr::~DataPtr() { Release(); }
+
 void DataPtr::AllocData(DataType type) {
     const DataType before = m_Type;
     Release();

@@ -26,7 +26,7 @@ public:
     DataPtr() = default;
     DataPtr(const DataPtr& other);
     DataPtr& operator=(const DataPtr& other);
-    ~DataPtr() { Release(); }
+    ~DataPtr();
 
     /// Creates an empty object of a kind, destroying what the entry held. A kind that isn't known
     /// leaves the entry without an object and its type as it was.

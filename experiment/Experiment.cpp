@@ -90,6 +90,14 @@ void Experiment::ReadCues(const DStringArray& lines) {
     }
 }
 
+DString Experiment::GetExperimentPath() const { return m_ExperimentPath; }
+
+DString Experiment::GetExperimentFolder() const { return m_ExperimentFolder; }
+
+DString Experiment::GetExperimentName() const { return m_ExperimentName; }
+
+DString Experiment::GetExperimentUNCFolder() const { return m_ExperimentUNCFolder; }
+
 DString Experiment::AppendExptPathElts(const DString& element) const {
     return AppendPathElts(m_ExperimentFolder, element);
 }

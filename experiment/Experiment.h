@@ -70,10 +70,10 @@ public:
     /// experiment but leaves the tables; a folder that ends in "/" changes nothing but
     /// m_ExperimentFolder and the names made of it. Always true.
     bool SetExperimentFolder(const DString& folder);
-    DString GetExperimentPath() const { return m_ExperimentPath; }
-    DString GetExperimentFolder() const { return m_ExperimentFolder; }
-    DString GetExperimentName() const { return m_ExperimentName; }
-    DString GetExperimentUNCFolder() const { return m_ExperimentUNCFolder; }
+    DString GetExperimentPath() const;
+    DString GetExperimentFolder() const;
+    DString GetExperimentName() const;
+    DString GetExperimentUNCFolder() const;
     /// The elements below the experiment folder.
     DString AppendExptPathElts(const DString& element) const;
     DString AppendExptPathElts(const DString& first, const DString& second) const;
@@ -96,9 +96,9 @@ public:
     /// Selects a shot and keeps the one selected before, in a single slot, for ResetShot.
     void SetTempShot(const DString& name, int group);
     void ResetShot();
-    DString GetShotName() const { return m_ShotName; }
-    DString GetShotFolder() const { return m_ShotFolder; }
-    int GetCurrentGroup() const { return m_CurrentGroup; }
+    DString GetShotName() const;
+    DString GetShotFolder() const;
+    int GetCurrentGroup() const;
     /// The current group's folder, empty if there is none.
     DString GetCurPath() const;
 

@@ -96,6 +96,14 @@ void Experiment::SetTempShot(const DString& name, int group) {
 
 void Experiment::ResetShot() { SetShot(m_SavedShotName, m_SavedGroup); }
 
+// ---- The state
+
+DString Experiment::GetShotName() const { return m_ShotName; }
+
+DString Experiment::GetShotFolder() const { return m_ShotFolder; }
+
+int Experiment::GetCurrentGroup() const { return m_CurrentGroup; }
+
 // ---- Paths
 
 DString Experiment::GetCurPath() const { return GetShotGroupPath(m_CurrentGroup); }

@@ -73,6 +73,10 @@ bool DString::HasRoom(long size) const {
     return m_Text && size <= Block()->m_Alloc && Block()->m_Refs < 2;
 }
 
+int DString::GetRefs() const { return m_Text ? Block()->m_Refs : 0; }
+
+int DString::GetAllocLength() const { return m_Text ? Block()->m_Alloc : 0; }
+
 void DString::Release() {
     if (IsUnset()) return;
     if (--Block()->m_Refs > 0) return;

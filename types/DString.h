@@ -99,9 +99,9 @@ public:
     /// its place is constructed anew. DArray, which moves strings by bytes, relies on that.
     void Release();
     /// Owners of the block; 0 for a null string, -1 for the shared empty block.
-    int GetRefs() const { return m_Text ? Block()->m_Refs : 0; }
+    int GetRefs() const;
     /// Bytes of the block, header included; 0 for a null string and the shared empty block.
-    int GetAllocLength() const { return m_Text ? Block()->m_Alloc : 0; }
+    int GetAllocLength() const;
     /// Makes the text `n` bytes long, in a block that is not shared. New bytes are undefined. False
     /// where memory is refused; the string then stays as it was.
     bool ReAlloc(int n);

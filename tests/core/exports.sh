@@ -33,4 +33,23 @@ done
 for name in Logging Silent PublicWrite QNot SheetData TrIni Expt DLib; do
     grep -qx "$name" <(symbols BD) || complain "$name is not writable data"
 done
+
+# Every operation of the interface is a function of the library, for arrays that of each element.
+functions=$("$nm" -DC --defined-only "$library" | cut -d' ' -f3- | sed 's/\[abi:[a-z0-9]*\]//g')
+elements=("unsigned char" short int long float double bool "void*" DString DStringArray Waveform Matrix
+    GroupName GroupCue DataPtr Object)
+operations=()
+for name in $(grep -v '^#' tests/core/interface.txt); do
+    if [[ $name == ARRAY::* ]]; then
+        for element in "${elements[@]}"; do operations+=("DArray<$element>::${name#ARRAY::}"); done
+    else
+        operations+=("$name")
+    fi
+done
+[[ ${#operations[@]} -gt 500 ]] || complain "too few operations listed: ${#operations[@]}"
+missing=$(awk '
+    NR == FNR { line[n++] = $0; next }
+    { for (i = 0; i < n && index(line[i], $0 "(") != 1; ++i); if (i == n) print }
+' <(echo "$functions") <(printf '%s\n' "${operations[@]}"))
+[[ -z $missing ]] || complain "no functions of the library:" $'\n'"$missing"
 exit $wrong
