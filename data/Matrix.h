@@ -75,7 +75,8 @@ public:
     /// Sizes the axes and returns the number of values that belongs to them. Sizes below 2 become
     /// 1; with 1 layer the matrix is 2-D. An axis keeps its first coordinates. New points of an
     /// axis are numbered from 0 in its step, 1 for an irregular one: an axis that grew from its
-    /// first point reads 0, 0, step, 2 * step until SetStep is called.
+    /// first point reads 0, 0, step, 2 * step until SetStep is called. The layer axis of a 2-D
+    /// matrix becomes one point at 0; its step stays.
     int setcoords(int& rows, int& cols, int& layers);
 
     // ---- Axes
@@ -126,8 +127,9 @@ public:
     ///
     /// False if the file can't be opened; the object then stays as it was. True otherwise: a file
     /// that announces 4 dimensions or more leaves everything but m_NDims as it was, one that
-    /// announces none leaves no values, and what a file that is cut short doesn't hold is 0. Read a
-    /// 2-D file into a fresh object: the layer axis isn't touched.
+    /// announces none leaves no values, and what a file that is cut short doesn't hold stays as it
+    /// was in the header and is 0 in axes and values. Read a 2-D file into a fresh object: the
+    /// layer axis isn't touched.
     bool Read(DString name, int stop, int start);
     /// The same from a stream that stands at the start of a file.
     void Read(DFile& file, int stop, int start);

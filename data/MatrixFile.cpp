@@ -38,8 +38,9 @@ void ReadAxis(DFile& file, Matrix::MDim& axis) {
         return;
     }
     float first = 0.0f;
-    if (!ReadField(file, first)) return;
-    for (int i = 0; i < axis.Count(); ++i)
+    if (!ReadField(file, first) || axis.Count() == 0) return;
+    axis[0] = first;
+    for (int i = 1; i < axis.Count(); ++i)
         axis[i] = static_cast<float>(i) * axis.m_Step + first;
 }
 

@@ -75,8 +75,9 @@ public:
     ///
     /// False if the file can't be opened; then the trace is empty and the header stays. True
     /// otherwise, whatever the file holds: a file of a newer version leaves the trace empty and the
-    /// header as it was, a header that is cut short leaves its missing fields as they were and
-    /// announces no points, and an empty string in the file leaves the field's text as it was.
+    /// header as it was, a header that is cut short leaves its missing fields as they were, and
+    /// announces no points where the count itself is missing, and an empty string in the file
+    /// leaves the field's text as it was.
     bool Read(DString name, int points);
     /// The same from a stream that stands at the start of a file.
     void Read(DFile& file, int points);
@@ -115,7 +116,7 @@ public:
     void SetCalAttOff(float cal, float att, float off);
     /// Index of the sample at or before a time, not limited to the trace.
     int Index(float time) const;
-    /// The same, limited to 0 and the last sample.
+    /// The same, limited to 0 and the last sample. An empty trace gives 0 or -1.
     int PointAtTime(float time) const;
 
     // ---- Measurements
@@ -182,8 +183,9 @@ public:
     /// The crossings of TimeAtVal and TimeAtValR on this trace, answered by the samples of `xAxis`;
     /// the longer trace counts as cut to the shorter. Within the interval of the crossing the
     /// abscissa runs against the ordinate: a level equal to the sample before the crossing gives
-    /// the abscissa behind it. Off the trace: the last sample of `xAxis`, or the first for
-    /// XYTimeAtValR, whose search also reaches the first interval; 0 if `xAxis` is empty.
+    /// the abscissa behind it. Off the trace: the last sample of `xAxis` that has a partner
+    /// (the last of all if this trace is empty), or the first for XYTimeAtValR, whose search also
+    /// reaches the first interval; 0 if `xAxis` is empty.
     float XYTimeAtVal(float level, Waveform const& xAxis) const;
     float XYTimeAtValR(float level, Waveform const& xAxis) const;
 };

@@ -239,16 +239,19 @@ public:
 
     // Data objects
 
-    /// The object of a name: for a name that begins with "@", the one in memory under that name and
-    /// kind, or null; otherwise a new one read from the data file, or null if that fails. An empty
-    /// name gives a new empty object. The table owns the object; give it back with ReleaseDataPtr.
+    /// The object of a name: for a name that begins with "@", but for particle groups, which are
+    /// never kept in memory, the one in memory under that name and kind, or null; otherwise a new
+    /// one read from the data file, or null if that fails. An empty name gives a new empty object.
+    /// The table owns the object; give it back with ReleaseDataPtr.
     void* GetDataPtr(DString const& name, DataType type);
     /// A new, empty, named object; null for an empty name and for particle groups.
     void* InitDataPtr(DString const& name, DataType type);
     /// Gives an object back. With an empty name it is destroyed; under a name that begins with "@"
     /// it stays in memory; any other name is a data file, to which it is written before it is
-    /// destroyed, also if the writing fails. `object` becomes null. False if the writing failed. An
-    /// object that isn't in the table stays as it is, and the result is true.
+    /// destroyed, also if the writing fails. For a particle group an "@" name is a data file too. A
+    /// name that leads to no path destroys the object unsaved, and the result is true. `object`
+    /// becomes null. False if the writing failed. An object that isn't in the table stays as it is,
+    /// and the result is true.
     bool ReleaseDataPtr(DString const& name, DataType type, void*& object);
     /// Destroys all objects, unsaved.
     void ClearDataPtrs();

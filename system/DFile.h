@@ -45,13 +45,16 @@ public:
     bool ReadWString(wchar_t* buffer, int count);
     /// One line, without its line feed and without one carriage return before that. At most
     /// `bufferSize` - 2 bytes are taken; a longer line arrives in pieces. The end of the file and a
-    /// blank line both give an empty text.
+    /// blank line both give an empty text, and so does a `bufferSize` of 2 or less. A closed stream
+    /// leaves the target as it was.
     void ReadLine(DString& target, int bufferSize);
 
-    /// ReadLine, split at `delim` into `result`, which is emptied first.
+    /// ReadLine, split at `delim` into `result`, which is emptied first; nothing happens on a
+    /// closed stream.
     void ReadLineArray(DStringArray& result, int bufferSize, const char* delim);
 
-    /// The whole file; empty if it is missing, empty or a folder.
+    /// The whole file; empty if it is missing, empty or a folder. Its length is the low 32 bits of
+    /// its size: a negative one gives an empty text, and beyond 4 GiB only the beginning is read.
     static DString GetText(const DString& name);
     /// Replaces the file by `text`. True if it could be opened, whatever the write then did.
     static bool WriteText(const DString& name, DString text);

@@ -84,7 +84,7 @@ bool DFile::WriteArray(const DString& name, DStringArray& table, const char* del
     DFile file;
     if (!file.Open(name, OpenToWrite)) return false;
     const DString separator(delim);
-    for (int row = 0; table.CCount() > 0 && row < table.RCount(); ++row) {
+    for (int row = 0; row < table.RCount(); ++row) {
         if (row > 0) ::WriteText(file, LDelim);
         for (int column = 0; column < table.CCount(); ++column) {
             if (column > 0) ::WriteText(file, separator);

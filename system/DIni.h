@@ -54,8 +54,8 @@ public:
     int keyindex(const DString& key, int& valueStart) const;
     /// A missing key and an empty value both give the default.
     DString GetKeyValue(const DString& key, const char* defaultValue) const;
-    /// By DString::ToInt, so "12abc" is 12; a value with an "e" must be a whole number in that
-    /// form, and is cut toward zero.
+    /// By DString::ToInt, so "12abc" is 12; a value with an "e" must be a number from end to end,
+    /// and is cut toward zero. One that doesn't fit an int then gives the default.
     int GetKeyIntValue(const DString& key, int defaultValue) const;
     /// True for "True" in any case and for "1"; false for anything else, an empty value included.
     bool GetKeyBoolValue(const DString& key, bool defaultValue) const;
@@ -77,21 +77,23 @@ public:
 
     /// Attaches a file and loads it; what was in memory and not written is gone. A missing file is
     /// created empty. One that is there and empty is read again every 50 ms, ten times at most,
-    /// since another process may be in the middle of a write. An empty name detaches. Unless the
-    /// file is a Scalars.ini or ScalarCache.ini, holding is turned off. False if the name is empty
-    /// or the file can't be created.
+    /// since another process may be in the middle of a write. An empty name detaches. Unless its
+    /// name ends in Scalars.ini or ScalarCache.ini (in any case), holding is turned off; a failed
+    /// attach leaves it. False if the name is empty or the file can't be created.
     bool SetFileName(const DString& name);
     /// Parses m_Text into the document; m_Section stays.
     void loadstring();
     /// Writes the whole document to `name`, or to m_FileName if that is empty, holding or not, and
-    /// attaches it there unless `keepName`. False, with a line in the log, if the file can't be
-    /// opened.
+    /// attaches it there unless `keepName`. True, with nothing done, if neither is a name. False,
+    /// with a line in the log, if the file can't be opened; false also for a document too large to
+    /// be one text.
     bool WriteFile(DString name, bool keepName);
     /// The file's content differs from the document, the order of sections and of lines and the
     /// case of letters aside. Its lines are trimmed for the comparison and the document's aren't,
     /// and a blank line counts as a difference.
     bool Changed() const;
-    /// Goes back to the text last loaded or committed, in memory and on disk.
+    /// Goes back to the text last loaded or committed, in memory and on disk, holding or not;
+    /// afterwards no section is current.
     void RestoreFile();
     /// Writes the document, and keeps what the file says now as the text to go back to.
     void CommitFile();

@@ -30,7 +30,8 @@ public:
     ~DLibrary();
 
     /// Opens a module as m_Handle. The folder counts only with LoadFileAsNamed; otherwise the
-    /// loader's own search path decides. A failure goes to the log too.
+    /// loader's own search path decides. A failure goes to the log too. What m_Handle held
+    /// before is not closed; it is null after a failure.
     void Load(DString const& folder, DString const& name, bool& ok, int options);
     /// A symbol of m_Handle. Null, with no message, if nothing is loaded; null, with one, if it
     /// isn't there. A symbol whose address is null counts as found.

@@ -4,7 +4,8 @@
 /// Paths inside the library use "/". Every call that takes the name of a file or folder accepts one
 /// that differs from the one on disk in case alone, in its last element and in most calls in the
 /// folder above as well, since it goes through FileExists or FolderExists first; both also match
-/// "*", "?" and "[...]" in the last element. Kinds are told without following links:
+/// "*", "?" and "[...]" in the last element. The folder of a pattern (GetFiles, GetFolders,
+/// GetFilesDates) must be spelled as on disk. Kinds are told without following links:
 ///
 ///   regular file, symbolic link to anything, FIFO   a file
 ///   directory                                       a folder
@@ -71,13 +72,15 @@ DString GetUNCFileName(const DString& name);
 DString GetLocalFileName(const DString& name);
 /// Empty if it can't be found out.
 DString GetCurrentDirectoryD();
+/// Makes a folder the current directory, its case corrected; false if that fails.
 bool SetCurrentDirectoryD(const DString& path);
 
 // ---- Files and folders
 
-/// Makes a folder and every missing level above it; true if it is there in the end or was before.
+/// Makes a folder and every missing level above it; true if it was there before or its last level
+/// could be made. A link to a folder counts as none, and gives false.
 /// The text before the first "/" is left out, so a relative path loses its first element and is
-/// made below the root, and a bare name is refused.
+/// made below the root, and a bare name that isn't there yet is refused.
 ///
 /// Take care: with PublicWrite set, each level, also one that existed, gets the mode 0666. That has
 /// no execute bits, so users without special rights can't enter the folder any more. Installations
@@ -114,13 +117,13 @@ bool CopyFolder(const DString& source, const DString& target);
 
 // ---- Tables of the main settings
 
-/// The names in the section "Servers", without this computer's.
+/// The names in the section "Servers", without this computer's and without blank ones.
 void GetServers(DStringArray& result);
 /// The names in the section "Paths", unfiltered: a comment line comes through as a name.
 void GetPaths(DStringArray& result);
-/// The names in the section "Nodes", or this computer's if there is no such section, repeated in
-/// turn up to `count` of them if that is more. Also writes them to MPIHosts.txt in the user folder,
-/// parted by single line feeds.
+/// The names in the section "Nodes", blank ones left out, or this computer's if that section is
+/// missing or empty, repeated in turn up to `count` of them if that is more. Also writes them to
+/// MPIHosts.txt in the user folder, parted by single line feeds.
 void GetNodes(DStringArray& result, int count);
 /// A path remembered under a key in the main settings; empty if unknown. Both move the current
 /// section of TrIni.

@@ -240,6 +240,15 @@ TEST(MatrixFile, StepThatIsNoNumberHasOneCoordinateInTheFile) {
     EXPECT_EQ(Values(matrix), LayerValues(2, 3, 0, 1));
 }
 
+TEST(MatrixFile, FirstCoordinateOfARegularAxisIsThatOfTheFileToTheBit) {
+    DmtFile file = FlatDmtFile();
+    file.m_Axes = AxisRecord(2, NotANumber, {1.0f}) + AxisRecord(3, 1.0f, {-0.0f});
+    Matrix matrix;
+    ASSERT_TRUE(ReadFrom(file, matrix));
+    EXPECT_EQ(Float32(matrix.GetCoord(1, 0)), Float32(1.0f));
+    EXPECT_EQ(Float32(matrix.GetCoord(2, 0)), Float32(-0.0f));
+}
+
 TEST(MatrixFile, ReadThrowsTheCoordinatesAndRowsOfTheAxesAway) {
     Matrix matrix(50, 60, 70);
     matrix.m_Dims[0].ReSize(5, 10);

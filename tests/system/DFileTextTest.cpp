@@ -330,6 +330,12 @@ TEST(DFileWriteArray, TableWithoutCellsIsAnEmptyFile) {
     EXPECT_EQ(FileOfTable(DStringArray(), ","), "");
 }
 
+TEST(DFileWriteArray, RowsWithoutCellsAreBlankLines) {
+    DStringArray table;
+    table.ReSize(3, 0);
+    EXPECT_EQ(FileOfTable(table, ","), "\r\n\r\n");
+}
+
 TEST(DFileWriteArray, NullDelimiterIsNone) {
     EXPECT_EQ(FileOfTable(ArrayOf({"a", "b"}), nullptr), "ab");
 }
