@@ -66,9 +66,10 @@ public:
 
     /// Opens an experiment, creating its folder, its definition file and the folders Shots, Query
     /// and Macros where they are missing, and reads the definition. No shot is selected then, and
-    /// m_CurrentGroup is 0. Fields held back by a pause are dropped. An empty folder closes the
-    /// experiment but leaves the tables; a folder that ends in "/" changes nothing but
-    /// m_ExperimentFolder and the names made of it. Always true.
+    /// m_CurrentGroup is 0. Fields held back by a pause are dropped, and
+    /// the fields' documents go on holding until a pause is begun and ended anew: end a pause
+    /// first. An empty folder closes the experiment but leaves the tables; a folder that ends in
+    /// "/" changes nothing but m_ExperimentFolder and the names made of it. Always true.
     bool SetExperimentFolder(const DString& folder);
     DString GetExperimentPath() const;
     DString GetExperimentFolder() const;
@@ -186,10 +187,12 @@ public:
     /// The backup root, made if it is missing; "![Shot]" as it was stored. Without a setting it is
     /// "\Backup", a name in its own right below no folder.
     DString GetBackupPath();
-    /// A free folder for a copy of a shot folder (empty: the current one): "Backup" and the shot's
-    /// name in the shot itself for the root "![Shot]", exactly so; otherwise the shot's place below
-    /// the experiment's parent, mirrored below the root. "_1", "_2" and so on is put behind a name
-    /// that is taken.
+    /// A free folder for a copy of a shot folder (empty: the current one): for the root
+    /// "![Shot]", exactly so, "Backup" and the shot's name in the current shot, whatever `folder`
+    /// is; otherwise the folder's place below the experiment's parent, mirrored below the root. A
+    /// folder that lies elsewhere gives the current shot's place in Backup/N/Shots below that
+    /// parent, with N the experiment's name. "_1", "_2" and so on is put behind a name that is
+    /// taken.
     DString GetBackupShotFolder(DString folder);
     /// Copies the current shot to GetBackupShotFolder.
     void BackupShot();
@@ -221,7 +224,8 @@ public:
     void SetScalarData(const DString& key, float value);
 
     /// Evaluates an expression (docs/expressions.md). A text without a valid value gives one that
-    /// IsVF refuses. Intermediate values pass through the text in eight significant digits.
+    /// IsVF refuses. The values of brackets, parentheses and
+    /// functions pass through the text in eight significant digits.
     float ParseInput(DString text, ValueCallback callback);
     /// The levels below: sums, products, powers, and one operand.
     float ParseAddend(DString text, ValueCallback callback);
