@@ -57,8 +57,9 @@ void CSleep(int milliseconds);
 
 /**
  * Sends a notification to the sink in place. After InitializeTarselC: type 2 prints `text` on
- * standard output, with a line feed unless it ends in one; type 5 writes it to the log; other types
- * and empty texts are dropped. `value` isn't used there. Before any start the text of every type is
+ * standard output, with a line feed unless it ends in one; type 5 writes it to the log; type 11
+ * hands it as a macro to the plug-in module Calculation in the install folder; other types and
+ * empty texts are dropped. `value` isn't used there. Before any start the text of every type is
  * printed.
  */
 void NotifyC(int type, int value, const char* text);
@@ -82,7 +83,8 @@ void NotifyC(int type, int value, const char* text);
 void GetStringC(int selector, int* length, char* buffer);
 
 /**
- * Writes the names of the computing nodes, from the section Nodes of the main settings, to the file
+ * Writes the names of the computing nodes, from the section Nodes of the main settings
+ * (this computer's where there is none), to the file
  * MPIHosts.txt in the user's settings folder, repeated in turn up to `count` if that is more than
  * there are. Returns `count`.
  */

@@ -16,7 +16,7 @@ class Experiment;
 /// The bound of the data objects' values. Parameter functions return -DFMax for a missing value.
 extern const float DFMax;
 extern const float pi;
-/// The most particles that one read of a particle file takes.
+/// The most particles that a read of a particle file takes where no count is stated.
 extern const int MaxParticleBatch;
 
 // ---- Flags

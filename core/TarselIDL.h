@@ -9,8 +9,8 @@
  *    failure. What there is to say about a failure is printed on standard output.
  * 2. With any other number of arguments than the call's own, or with a null pointer for a number or
  *    an array, a call does nothing and returns -1 without a word.
- * 3. A text stands in argv itself, as a pointer to zero-terminated bytes; a null pointer counts as
- * an empty text. In CALL_EXTERNAL that is a string passed by value.
+ * 3. A text stands in argv itself, as a pointer to zero-terminated bytes; a null pointer counts
+ *    as an empty text. In CALL_EXTERNAL that is a string passed by value.
  * 4. A number is a pointer to a 32-bit int or a single-precision float, in or out; an array is a
  *    pointer to single-precision floats that the caller owns and sizes. In CALL_EXTERNAL both are
  *    passed by reference.

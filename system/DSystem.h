@@ -31,8 +31,10 @@ DString GetLocalSettingsPath();
 void SetTarselPath(const DString& path);
 /// Sets the user path to GetLocalSettingsPath. Unless Silent is set, it then makes that folder,
 /// attaches TrIni to Tarsel.ini in it (a new file gets its first keys; see docs/settings.md), and
-/// takes the working folder and PublicWrite from there. Failures leave the defaults.
+/// takes the working folder, which it makes too, and PublicWrite from there. Failures leave the
+/// defaults.
 void SetUserPath();
+/// Takes the name that GetComputerNameD gives from the system.
 void SetComputerNameD();
 
 // ---- Existence tests

@@ -102,6 +102,7 @@ public:
     void Add(const T& v, int n = 1);
     /// Appends blanks; any part of a column is dropped.
     void AddBlank(int n = 1);
+    /// Insert with blanks.
     void InsertBlank(int at, int n);
     /// Overwrites the elements from `at` on. An `at` at or beyond the count is moved to the last
     /// element, and `n` is cut so that the run stays inside. Nothing happens on an empty array.

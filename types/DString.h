@@ -192,14 +192,14 @@ public:
     /// that was there already becomes a line end too.
     DString LFtoCRLF();
 
-    // Searching: an index, or npos. A negative start, a start at or beyond the length and a null
-    // pattern find nothing.
+    // Searching: an index, or npos. A negative start and a null pattern find nothing, nor does,
+    // but for RFind, a start at or beyond the length.
 
     int Find(char c, int start = 0) const;
     int Find(const char* s, int start = 0) const;
     /// Without regard to case, by the current locale.
     int FindI(const char* s, int start = 0) const;
-    /// The last occurrence at or before `start`.
+    /// The last occurrence at or before `start`; a start beyond the end means the end.
     int RFind(char c, int start = npos) const;
     int RFind(const char* s, int start = npos) const;
     int FindFirstOf(const char* set, int start = 0) const;
@@ -212,8 +212,8 @@ public:
     // Replacing, each giving a new string
 
     /// `with` for each `old`, or for the first alone. An empty or null `old` is never found.
-    /// `count`, if not null, receives the number of replacements; a search that finds nothing in a
-    /// text that isn't empty leaves it as it was.
+    /// `count`, if not null, receives the number of replacements; it stays as it was on a null
+    /// string, and where nothing is found in a text that isn't empty.
     DString Replace(const char* old, const char* with, bool all = true, int* count = nullptr) const;
     DString Replace(const char* old, const DString& with, bool all = true,
                     int* count = nullptr) const;

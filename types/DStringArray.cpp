@@ -78,8 +78,6 @@ void DStringArray::split(const DString& text, const char* delim, int n) {
     if (!whole.IsEmpty()) {
         if (delim == LDelim) {
             SplitAt(whole, "\n", 1);
-            for (int i = 0; i < Count(); ++i)
-                DropCarriageReturn(m_Data[i]);
         } else if (!delim || !*delim) {
             Add(whole);
         } else if (strcmp(delim, " ") == 0) {
@@ -87,6 +85,10 @@ void DStringArray::split(const DString& text, const char* delim, int n) {
         } else {
             SplitAt(whole, delim, static_cast<int>(strlen(delim)));
         }
+    }
+    if (delim == LDelim && (n > 0 || !whole.IsEmpty())) {
+        for (int i = 0; i < Count(); ++i)
+            DropCarriageReturn(m_Data[i]);
     }
     if (n > 0 && Count() < n) ReSize(1, n);
 }

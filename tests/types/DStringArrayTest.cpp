@@ -131,6 +131,15 @@ TEST(DStringArraySplit, IntoLinesTakesACarriageReturnFromOldElementsToo) {
     EXPECT_EQ(Text(held), "held\r");
 }
 
+TEST(DStringArraySplit, OfNoTextIntoAtLeastSomeLinesTakesCarriageReturnsToo) {
+    DStringArray array = ArrayOf({"a\r"});
+    array.split("", LDelim, 0);
+    EXPECT_EQ(Text(array[0]), "a\r");
+    array.split("", LDelim, 3);
+    EXPECT_EQ(array.Count(), 3);
+    EXPECT_EQ(Text(array[0]), "a");
+}
+
 TEST(DStringArraySplit, AtACopyOfTheLineEndIsPlain) {
     const std::string copy(LDelim);
     EXPECT_EQ(Split("one\ntwo\r\nthree", copy.c_str()), (Pieces{"one\ntwo", "three"}));
