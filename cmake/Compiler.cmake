@@ -2,7 +2,8 @@
 
 set(TARSEL_SANITIZERS "")
 if(TARSEL_SANITIZE)
-    set(TARSEL_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all)
+    set(TARSEL_SANITIZERS -fsanitize=address,undefined,float-cast-overflow
+        -fno-sanitize-recover=all)
 endif()
 
 function(tarsel_compile_options target)
@@ -15,6 +16,10 @@ function(tarsel_compile_options target)
             -Wextra-semi -Wzero-as-null-pointer-constant>
         $<$<BOOL:${TARSEL_WERROR}>:-Werror>
     )
+    if(TARSEL_FUZZ)
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+        target_link_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+    endif()
     if(TARSEL_SANITIZE)
         target_compile_options(${target} PRIVATE ${TARSEL_SANITIZERS} -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE ${TARSEL_SANITIZERS})

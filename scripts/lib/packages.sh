@@ -23,6 +23,22 @@ need_gtest() {
         mMissing+=(libgtest-dev)
 }
 
+# Google Benchmark, and what the benchmarks measure against.
+need_benchmarks() {
+    need pkg-config
+    [[ -e /usr/include/benchmark/benchmark.h ]] || mMissing+=(libbenchmark-dev)
+    local module
+    for module in hdf5 muparser inih; do
+        pkg-config --exists "$module" 2>/dev/null || mMissing+=("lib$module-dev")
+    done
+}
+
+# The run-time library that clang links fuzz targets with.
+need_fuzzer() {
+    [[ -e $(clang++ -print-file-name="libclang_rt.fuzzer-$(uname -m).a" 2>/dev/null) ]] ||
+        mMissing+=(libclang-rt-14-dev)
+}
+
 # The tests compile a locale with a decimal comma from its sources.
 need_locale_sources() {
     [[ -e /usr/share/i18n/locales/de_DE ]] || mMissing+=(locales)
