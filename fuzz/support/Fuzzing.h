@@ -46,6 +46,8 @@ std::string Scratch(const std::string& name);
 void WriteBytes(const std::string& path, std::string_view bytes);
 /// The bytes of a file, empty if there is none.
 std::string ReadBytes(const std::string& path);
+/// Installs the sink with which every target starts: it drops what the library says.
+void HearNothing();
 /// Removes all that stands in a folder.
 void EmptyFolder(const std::string& path);
 
