@@ -272,6 +272,7 @@ private:
     void ReadGroups(const DStringArray& lines);
     void AddGroups(const DString& pattern);
     void ReadCues(const DStringArray& lines);
+    DString GetDataNamedAt(const DString& text, int start, int parting);
     void LoadFields();
     void LoadCache();
     int ChooseGroup(const DString& shot) const;
@@ -287,7 +288,8 @@ private:
     void SetTraceParameter(const DString& key, int backslash, float value);
     bool ResolveBrackets(DString& text, ValueCallback callback, float& result);
     bool ResolveParentheses(DString& text, ValueCallback callback);
-    DString ChooseBranch(const DString& text, int question, ValueCallback callback);
+    float ParseAlternatives(const DString& text, ValueCallback callback);
+    bool IsConditionTrue(const DString& condition, ValueCallback callback);
     float ParseObjectTerm(DString text, int backslash);
     void AppendLabelValue(DString& label, const DString& contents);
     int FindMemoryObject(const DString& name, DataType type) const;

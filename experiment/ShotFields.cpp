@@ -23,15 +23,23 @@ void Experiment::LoadCache() {
 }
 
 DString Experiment::GetShotData(const DString& key) {
-    if (m_ShotFolder.IsEmpty()) return DString();
-    if (strcasecmp(key, "Shot") == 0) return m_ShotName;
     const DString wanted(key);  // may be a line of the document that is loaded now
+    return GetDataNamedAt(wanted, 0, wanted.Find("::", 0));
+}
+
+// GetShotData of `text` from `start` on, where `parting` is the place of its first "::". The
+// evaluator asks for every rest of a long chain, which is too much to copy.
+DString Experiment::GetDataNamedAt(const DString& text, int start, int parting) {
+    if (m_ShotFolder.IsEmpty()) return DString();
+    const char* name = static_cast<const char*>(text) + start;
+    if (text.GetLength() - start == 4 && strcasecmp(name, "Shot") == 0) return m_ShotName;
     if (!m_PauseIO) LoadFields();
-    const int parting = wanted.Find("::", 0);
-    if (parting == npos) return m_ScalarsIni.GetKeyValue(wanted, nullptr);
-    const DString first = m_ScalarsIni.GetKeyValue(wanted.Left(parting), nullptr);
-    if (!first.IsEmpty()) return first;
-    return m_ScalarsIni.GetKeyValue(wanted.Mid(parting + 2, npos), nullptr);
+    if (parting != npos) {
+        const DString first = m_ScalarsIni.GetKeyValue(text.Mid(start, parting - start), nullptr);
+        if (!first.IsEmpty()) return first;
+        start = parting + 2;
+    }
+    return m_ScalarsIni.GetValueNamedAt(text, start);
 }
 
 void Experiment::SetShotData(const DString& key, const DString& value) {

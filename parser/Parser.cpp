@@ -44,9 +44,10 @@ bool IsFunctionName(const DString& name, const char* function) {
     return name.GetLength() == FunctionLength && strcasecmp(name, function) == 0;
 }
 
-// The three bytes before a "(", or an empty text where there is no room for them.
-DString NameBefore(const DString& text, int open) {
-    return open < FunctionLength ? DString() : text.Mid(open - FunctionLength, FunctionLength);
+// The last three bytes before a "(", or an empty text where there is no room for them.
+DString NameAtEnd(const DString& left) {
+    const int end = left.GetLength();
+    return end < FunctionLength ? DString() : left.Mid(end - FunctionLength, FunctionLength);
 }
 
 // Replaces `value` by the function's value. False if `name` is no function.
@@ -74,9 +75,10 @@ float Power(float base, float exponent) {
     return static_cast<float>(pow(static_cast<double>(base), static_cast<double>(exponent)));
 }
 
-// The bracket at `open` holds the argument of a parameter, as in name\XY[expression].
-bool IsParameterArgument(const DString& text, int open) {
-    return open >= 3 && text[open - 3] == '\\' && !Contains(Ops, text[open - 1]);
+// The bracket behind `left` holds the argument of a parameter, as in name\XY[expression].
+bool IsParameterArgument(const DString& left) {
+    const int end = left.GetLength();
+    return end >= 3 && left[end - 3] == '\\' && !Contains(Ops, left[end - 1]);
 }
 
 // Behind the next `marker`; the end of the text if there is none.
@@ -110,104 +112,220 @@ int NextInAddend(const DString& text, int i) {
 
 bool IsSign(char c) { return c == '+' || c == '-'; }
 
+// The text from `start` up to `end`; all of it is a share.
+DString Piece(const DString& text, int start, int end) {
+    return start == 0 && end >= text.GetLength() ? text : text.Mid(start, end - start);
+}
+
+// The places of a mark in a text, asked for from ever further on; the text is searched once.
+class NextPlace {
+public:
+    NextPlace(const DString& text, const char* mark) : m_Text(text), m_Mark(mark) {}
+    int From(int start) {
+        if (m_Place < start) m_Place = m_Text.Find(m_Mark, start);
+        return m_Place;
+    }
+
+private:
+    const DString& m_Text;
+    const char* m_Mark;
+    int m_Place = -1;
+};
+
+// A text that is rewritten from its last opening mark on towards its front. It is cut there: what
+// stands behind the cut lies at the end of a block, with room in front of it for the value that
+// takes the place of the mark and its contents. So nothing is moved, and the work for a deep nest
+// grows with its length, not with the square of it.
+class Rewriting {
+public:
+    // The text in front of the cut stays in `text` until Finish.
+    explicit Rewriting(DString& text) : m_Left(text) {}
+
+    // Moves the cut to the last `mark` in front of it, and drops the mark. False if there is none.
+    bool CutAtLast(char mark) {
+        const int open = m_Left.RFind(mark, m_From);
+        if (open == npos) return false;
+        m_From = open - 1;
+        Prepend(From(m_Left, open + 1), m_Left.GetLength() - open - 1);
+        m_Left.Truncate(open);
+        return true;
+    }
+
+    // Takes what stands behind the cut up to the first `mark`, which is dropped. False, with
+    // nothing taken, if there is none.
+    bool TakeUpTo(char mark, DString& taken) {
+        const int at = m_Right.Find(mark, m_Start);
+        if (at == npos) return false;
+        taken = m_Right.Mid(m_Start, at - m_Start);
+        m_Start = at + 1;
+        return true;
+    }
+
+    void PutBehindCut(const DString& text) { Prepend(text, text.GetLength()); }
+    void DropBeforeCut(int n) { m_Left.TruncateBy(n); }
+    const DString& Left() const { return m_Left; }
+    char NextBehindCut() const { return m_Right[m_Start]; }
+    bool IsAllTaken() const { return m_Left.IsEmpty() && m_Start == m_Right.GetLength(); }
+    // Joins the text again. False if memory was refused on the way.
+    bool Finish() {
+        const int length = m_Left.GetLength() + m_Right.GetLength() - m_Start;
+        m_Left.ConcatSelf(m_Right.GetLength() - m_Start, From(m_Right, m_Start));
+        return !m_Refused && m_Left.GetLength() == length;
+    }
+
+private:
+    static const char* From(const DString& text, int start) {
+        return static_cast<const char*>(text) + start;
+    }
+
+    void Prepend(const char* text, int length) {
+        if (length == 0) return;
+        if (length > m_Start && !MakeRoom(length)) {
+            m_Refused = true;
+            return;
+        }
+        m_Start -= length;
+        memcpy(m_Right.GetBuffer(m_Right.GetLength()) + m_Start, text, static_cast<size_t>(length));
+    }
+
+    // Room in front for `length` bytes and as many again as there are, so that growing is rare.
+    bool MakeRoom(int length) {
+        const int used = m_Right.GetLength() - m_Start;
+        if (used > (npos - MinimalRoom - length) / 2) return false;
+        const int room = length + used + MinimalRoom;
+        DString grown;
+        char* block = grown.GetBuffer(room + used);
+        if (!block) return false;
+        memcpy(block + room, From(m_Right, m_Start), static_cast<size_t>(used));
+        m_Right = grown;
+        m_Start = room;
+        return true;
+    }
+
+    static constexpr int MinimalRoom = 32;
+
+    DString& m_Left;
+    DString m_Right;
+    int m_Start = 0;
+    int m_From = npos;
+    bool m_Refused = false;
+};
+
 }  // namespace
 
 // ---- The whole expression
 
 float Experiment::ParseInput(DString text, ValueCallback callback) {
-    // What remains of "?" and "::" is evaluated by going round again.
-    for (;;) {
-        if (text.IsEmpty()) return InvalidValue;
+    if (text.IsEmpty()) return InvalidValue;
+    float value = 0;
+    if (text.ToFloat(value, 0)) return value;
+    if (GetShotData(text).ToFloat(value, 0)) return value;
+    text = text.Trim();
+    if (ResolveBrackets(text, callback, value)) return value;
+    if (!ResolveParentheses(text, callback)) return InvalidValue;
+    if (text.ToFloat(value, 0)) return value;
+    return ParseAlternatives(text, callback);
+}
+
+// A text in which no mark is left: "condition ? yes ? no", or parts that stand in for one another,
+// or else arithmetic. What remains behind a part is what ParseInput would make of it; it stays
+// where it is, so that the work for a long chain grows with its length.
+float Experiment::ParseAlternatives(const DString& text, ValueCallback callback) {
+    NextPlace questions(text, "?");
+    NextPlace partings(text, "::");
+    for (int start = 0;;) {
         float value = 0;
-        if (text.ToFloat(value, 0)) return value;
-        if (GetShotData(text).ToFloat(value, 0)) return value;
-        text = text.Trim();
-        if (ResolveBrackets(text, callback, value)) return value;
-        if (!ResolveParentheses(text, callback)) return InvalidValue;
-        if (text.ToFloat(value, 0)) return value;
-        if (const int question = text.Find('?', 0); question != npos) {
-            text = ChooseBranch(text, question, callback);
-        } else if (const int parting = text.Find("::", 0); parting != npos) {
-            value = ParseInput(text.Left(parting), callback);
+        if (const int question = questions.From(start); question != npos) {
+            const int second = questions.From(question + 1);
+            if (IsConditionTrue(text.Mid(start, question - start), callback)) {
+                return ParseInput(Piece(text, question + 1, second), callback);
+            }
+            if (second == npos) return InvalidValue;
+            start = second + 1;
+        } else if (const int parting = partings.From(start); parting != npos) {
+            value = ParseInput(text.Mid(start, parting - start), callback);
             if (IsVF(value)) return value;
-            text = text.Mid(parting + 2, npos);
+            start = parting + 2;
         } else {
-            return ParseAddend(text, callback);
+            return ParseAddend(Piece(text, start, npos), callback);
         }
+        if (start == text.GetLength()) return InvalidValue;
+        if (text.ToFloat(value, start)) return value;
+        if (GetDataNamedAt(text, start, partings.From(start)).ToFloat(value, 0)) return value;
+        while (text[start] == ' ')
+            ++start;
     }
 }
 
 // Replaces each bracket by its value, from the last on. True if the whole expression is settled by
 // that, with `result` as its value.
 bool Experiment::ResolveBrackets(DString& text, ValueCallback callback, float& result) {
-    for (int open = text.RFind('[', npos); open != npos; open = text.RFind('[', open - 1)) {
-        const int close = text.Find(']', open);
-        if (close == npos) {
+    if (text.Find('[', 0) == npos) return false;
+    Rewriting rewriting(text);
+    while (rewriting.CutAtLast('[')) {
+        DString inner;
+        if (!rewriting.TakeUpTo(']', inner)) {
             Message("Expression cannot be evaluated because of unmatched bracket");
             result = InvalidValue;
             return true;
         }
-        DString left = text.Left(open);
-        const DString inner = text.Mid(open + 1, close - open - 1);
-        const DString right = text.Mid(close + 1, npos);
-        if (left.IsEmpty() && right.IsEmpty()) {
+        if (rewriting.IsAllTaken()) {
             result = ParseSingle(inner, callback);
             return true;
         }
-        if (IsParameterArgument(text, open)) {
-            left += OpenArgument;
-            left << ParseInput(inner, callback);
-            left += CloseArgument;
+        DString value;
+        if (IsParameterArgument(rewriting.Left())) {
+            value += OpenArgument;
+            value << ParseInput(inner, callback);
+            value += CloseArgument;
         } else {
             result = ParseSingle(inner, callback);
             if (!IsVF(result)) {
                 result = InvalidValue;
                 return true;
             }
-            left << result;
+            value << result;
         }
-        text = left + right;
+        rewriting.PutBehindCut(value);
     }
-    return false;
+    if (rewriting.Finish()) return false;
+    result = InvalidValue;
+    return true;
 }
 
 // Replaces each parenthesis, with a function's name before it, by its value, from the last on.
 // False if one of them makes the whole expression invalid.
 bool Experiment::ResolveParentheses(DString& text, ValueCallback callback) {
-    for (int open = text.RFind('(', npos); open != npos; open = text.RFind('(', npos)) {
-        const int close = text.Find(')', open);
-        if (close == npos) {
+    if (text.Find('(', 0) == npos) return true;
+    Rewriting rewriting(text);
+    while (rewriting.CutAtLast('(')) {
+        DString inner;
+        if (!rewriting.TakeUpTo(')', inner)) {
             Message("Expression cannot be evaluated because of unmatched parenthesis");
             return false;
         }
-        const DString inner = text.Mid(open + 1, close - open - 1);
-        const DString right = text.Mid(close + 1, npos);
-        const DString function = NameBefore(text, open);
+        const DString function = NameAtEnd(rewriting.Left());
         float value = ParseInput(inner, callback);
         if (!IsVF(value)) {
             if (!IsFunctionName(function, "bol")) return false;
             value = IsTrue(GetShotData(inner)) ? 1.0f : 0.0f;
         }
-        const bool applied = ApplyFunction(function, value);
-        DString resolved = text.Left(applied ? open - FunctionLength : open);
+        if (ApplyFunction(function, value)) rewriting.DropBeforeCut(FunctionLength);
         // A negative base of "^" must not be taken for a difference.
-        const bool negativeBase = right[0] == '^' && value < 0;
-        if (negativeBase) resolved += OpenNegative;
-        resolved << value;
-        if (negativeBase) resolved += CloseNegative;
-        text = resolved + right;
+        const bool negativeBase = rewriting.NextBehindCut() == '^' && value < 0;
+        DString written;
+        if (negativeBase) written += OpenNegative;
+        written << value;
+        if (negativeBase) written += CloseNegative;
+        rewriting.PutBehindCut(written);
     }
-    return true;
+    return rewriting.Finish();
 }
 
-// The part of "condition ? yes ? no" that is to be evaluated; empty for a missing "no".
-DString Experiment::ChooseBranch(const DString& text, int question, ValueCallback callback) {
-    DString condition = text.Left(question);
-    const DString branches = text.Mid(question + 1, npos);
-    if (IsTrue(GetShotData(condition))) condition = "1";
+bool Experiment::IsConditionTrue(const DString& condition, ValueCallback callback) {
+    if (IsTrue(GetShotData(condition))) return true;
     const float value = ParseInput(condition, callback);
-    const bool isTrue = IsVF(value) && value > 0;
-    return isTrue ? branches.BeforeFirst('?', true) : branches.AfterFirst('?', false);
+    return IsVF(value) && value > 0;
 }
 
 // ---- Sums, products, powers
@@ -217,7 +335,7 @@ float Experiment::ParseAddend(DString text, ValueCallback callback) {
     bool minus = false;
     int start = 0;
     const auto close = [&](int end) {
-        const float value = ParseFactor(text.Mid(start, end - start), callback);
+        const float value = ParseFactor(Piece(text, start, end), callback);
         sum += minus ? -value : value;
         return IsVF(value);
     };
@@ -244,7 +362,7 @@ float Experiment::ParseFactor(DString text, ValueCallback callback) {
     bool divide = false;
     int start = 0;
     const auto close = [&](int end) {
-        const float value = ParsePower(text.Mid(start, end - start), callback);
+        const float value = ParsePower(Piece(text, start, end), callback);
         product = divide ? product / value : product * value;
         return IsVF(value);
     };

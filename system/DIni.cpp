@@ -98,6 +98,20 @@ DString DIni::GetKeyValue(const DString& key, const char* defaultValue) const {
     return FindValue(key, value) && !value.IsEmpty() ? value : DString(defaultValue);
 }
 
+DString DIni::GetValueNamedAt(const DString& text, int start) const {
+    if (!HasSection() || text[start] == ';') return DString();
+    const char* key = static_cast<const char*>(text) + start;
+    const int length = text.GetLength() - start;
+    const DStringArray& lines = m_Lines[m_Section];
+    for (int i = 0; i < lines.Count(); ++i) {
+        if (lines[i][length] == '=' &&
+            strncasecmp(lines[i], key, static_cast<size_t>(length)) == 0) {
+            return lines[i].Mid(length + 1, npos);
+        }
+    }
+    return DString();
+}
+
 int DIni::GetKeyIntValue(const DString& key, int defaultValue) const {
     DString value;
     if (!FindValue(key, value)) return defaultValue;

@@ -54,6 +54,8 @@ public:
     int keyindex(const DString& key, int& valueStart) const;
     /// A missing key and an empty value both give the default.
     DString GetKeyValue(const DString& key, const char* defaultValue) const;
+    /// GetKeyValue, without a default, of the key that is `text` from `start` on.
+    DString GetValueNamedAt(const DString& text, int start) const;
     /// By DString::ToInt, so "12abc" is 12; a value with an "e" must be a number from end to end,
     /// and is cut toward zero. One that doesn't fit an int then gives the default.
     int GetKeyIntValue(const DString& key, int defaultValue) const;

@@ -1,6 +1,5 @@
 // The evaluator of expressions: numbers, fields, arithmetic, functions, choices, callbacks.
 #include <math.h>
-#include <pthread.h>
 
 #include <limits>
 #include <map>
@@ -453,32 +452,6 @@ TEST_F(Arithmetic, TextCanEndInAnyOperator) {
     for (const char* end : {" +", "+", "-", "*", "/", "^", "1e", "1E", "?", "::", ":", "\\"}) {
         EXPECT_TRUE(IsInvalid("x" + std::string(end))) << end;
     }
-}
-
-TEST_F(Arithmetic, LongChainsOfChoicesNeedNoStack) {
-    // A thread with little stack: a call for each of the parts would not fit there.
-    constexpr size_t StackSize = 256 * 1024;
-    pthread_attr_t attributes;
-    ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, StackSize), 0);
-    const auto run = [](void*) -> void* {
-        std::string choices;
-        std::string stand_ins;
-        std::string nested = "1";
-        for (int i = 0; i < 10000; ++i) {
-            choices += "0?1?";
-            stand_ins += "x::";
-            nested = "(" + nested + ")";
-        }
-        EXPECT_EQ(Eval(choices + "5"), 5.0f);
-        EXPECT_EQ(Eval(stand_ins + "6"), 6.0f);
-        EXPECT_EQ(Eval(nested), 1.0f);
-        return nullptr;
-    };
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, nullptr), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
 }
 
 // ---- Fields
