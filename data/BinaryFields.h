@@ -5,6 +5,7 @@
 
 #include <stdint.h>
 #include <stdio.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <type_traits>
@@ -40,6 +41,15 @@ void WriteField(DFile& file, T value) {
 /// leaves the position.
 inline bool SkipBytes(DFile& file, int64_t bytes) {
     return bytes == 0 || (file.m_Stream && fseeko64(file.m_Stream, bytes, SEEK_CUR) == 0);
+}
+
+/// The bytes of the file behind the stream; the most that there can be where it is no regular file.
+inline int64_t FileBytes(const DFile& file) {
+    struct stat status;
+    const int descriptor = file.m_Stream ? fileno(file.m_Stream) : -1;
+    const bool isRegular =
+        descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    return isRegular ? int64_t{status.st_size} : INT64_MAX;
 }
 
 /// The most floats that one block transfer takes, whose byte count is an int: whole chunks of the

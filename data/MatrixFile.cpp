@@ -23,6 +23,19 @@ constexpr int OpenToUpdate = 7;
 // coordinate alone and comes back evenly spaced downwards.
 bool HasAllCoords(const Matrix::MDim& axis) { return axis.m_Step == 0.0f; }
 
+// Even coordinates cost memory that the file doesn't hold, so that a big count of them is believed
+// only where the file is big enough for a value at each point. This many are made in any case.
+constexpr int64_t MostPointsAhead = 131072;
+
+void FillCoords(const DFile& file, Matrix::MDim& axis) {
+    int64_t points = axis.Count();
+    if (points > MostPointsAhead)
+        points = std::min(points, std::max(MostPointsAhead, FileBytes(file) / 4));
+    const float first = axis[0];
+    for (int i = 1; i < points; ++i)
+        axis[i] = static_cast<float>(i) * axis.m_Step + first;
+}
+
 // ---- The pieces of the file, each as it is read and as it is written
 
 void ReadAxis(DFile& file, Matrix::MDim& axis) {
@@ -40,8 +53,7 @@ void ReadAxis(DFile& file, Matrix::MDim& axis) {
     float first = 0.0f;
     if (!ReadField(file, first) || axis.Count() == 0) return;
     axis[0] = first;
-    for (int i = 1; i < axis.Count(); ++i)
-        axis[i] = static_cast<float>(i) * axis.m_Step + first;
+    FillCoords(file, axis);
 }
 
 void WriteAxis(DFile& file, const Matrix::MDim& axis) {

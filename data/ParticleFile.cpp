@@ -116,13 +116,16 @@ void TurnToWriting(DFile& file) {
 }
 
 // Writes all of an old file's particles behind it, in the form of today; the old header and
-// particles stay where they are. Leaves the stream at the start.
+// particles stay where they are. A file that is cut short isn't copied, since what it announces and
+// doesn't hold would be made up. Leaves the stream at the start.
 void RewriteOldFile(DFile& file) {
     ParticleGroup old(0);
     GoToStart(file);
     old.Read(file, -1, 0);
-    TurnToWriting(file);
-    old.Write(file);
+    if (file.m_Stream && !feof(file.m_Stream)) {
+        TurnToWriting(file);
+        old.Write(file);
+    }
     GoToStart(file);
 }
 

@@ -69,8 +69,9 @@ public:
     /// new one. The file keeps its coordinates, numbers, strings and date: m_Geometry, m_HeaderA,
     /// m_HeaderB and m_Params are taken from it, no particle being converted. Extrema become those
     /// of both, m_FileParticles the sum. A file that isn't in the form that Write gives, with 8
-    /// columns and without header extension, isn't continued correctly. False if the file can't be
-    /// opened.
+    /// columns and without header extension, isn't continued correctly: lengths and counts in it
+    /// that lead behind its end leave a gap there, which most file systems don't store. False if
+    /// the file can't be opened.
     bool Append(DString name);
     /// The same to a stream that stands at the start of a file and can read and write.
     void Append(DFile& file);

@@ -3,6 +3,7 @@
 
 #include <stdint.h>
 #include <string.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <bit>
@@ -28,6 +29,19 @@ DString ModeText(int mode) {
     }
     if (mode & BinaryMode) text += "b";
     return text;
+}
+
+// The C library opens folders for reading, which then delivers nothing.
+bool IsFolder(FILE* stream) {
+    struct stat status;
+    return fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+// Zero bytes in place of text that wasn't delivered. Touching all that a corrupt length asks for
+// would cost gigabytes.
+void FillUp(char* text, int bytes) {
+    constexpr int MostBytes = 65536;
+    memset(text, 0, static_cast<size_t>(std::min(bytes, MostBytes)));
 }
 
 // Calls `transfer(piece, bytes)` for each chunk of a block and adds up what it delivers. A short
@@ -73,7 +87,7 @@ bool DFile::Open(DString name, int mode) {
     Close();
     FileExists(name);
     m_Stream = fopen64(name, ModeText(mode));
-    if (m_Stream) fseeko64(m_Stream, 0, SEEK_SET);
+    if (m_Stream && IsFolder(m_Stream)) Close();
     return m_Stream;
 }
 
@@ -105,7 +119,7 @@ void DFile::DSRead(DString& target, bool shortLength) {
         return;
     }
     const int delivered = BRead(text, length);
-    memset(text + delivered, 0, static_cast<size_t>(length - delivered));
+    FillUp(text + delivered, length - delivered);
 }
 
 void DFile::DSWrite(const DString& text, int width) {

@@ -182,10 +182,10 @@ TEST(MatrixFile, EmptyTextsLeaveThoseOfAUsedMatrix) {
 
 TEST(MatrixFile, TextsAreOfTheLongForm) {
     DmtFile file;
-    file.m_Note = LongText(std::string(70000, 'n'));
+    file.m_Note = LongText(std::string(140000, 'n'));
     Matrix matrix;
     ASSERT_TRUE(ReadFrom(file, matrix));
-    EXPECT_EQ(Text(matrix.m_Note), std::string(70000, 'n'));
+    EXPECT_EQ(Text(matrix.m_Note), std::string(140000, 'n'));
     ExpectLayersOfFile(matrix, 0, 4);
     ExpectWrites(matrix, file);
 }
@@ -595,6 +595,50 @@ TEST(MatrixFile, HugeIrregularAxisOfAShortFileCostsNoMemory) {
     EXPECT_EQ(matrix.GetCoord(1, 0), 3.0f);
     EXPECT_EQ(matrix.GetCoord(1, 499999999), 0.0f);
     EXPECT_EQ(matrix.Count(), 0);
+}
+
+TEST(MatrixFile, HugeEvenAxisOfAShortFileCostsNoMemory) {
+    Matrix matrix;
+    const long before = ResidentBytes();
+    ASSERT_TRUE(
+        ReadFrom(Int32(4) + Int32(0) + Int32(2) + AxisRecord(500000000, 0.5f, {3.0f}), matrix));
+    EXPECT_LT(ResidentBytes() - before, 50000000);
+    EXPECT_EQ(matrix.GetOrigSize(1), 500000000);
+    if (matrix.GetSize(1) == 0) GTEST_SKIP() << "this machine grants no 2 GB of address space";
+    EXPECT_EQ(matrix.GetSize(1), 500000000);
+    EXPECT_EQ(matrix.GetCoord(1, 0), 3.0f);
+    EXPECT_EQ(matrix.GetCoord(1, 131071), 3.0f + 131071 * 0.5f);
+    EXPECT_EQ(matrix.GetCoord(1, 131072), 0.0f);
+    EXPECT_EQ(matrix.GetCoord(1, 499999999), 0.0f);
+}
+
+TEST(MatrixFile, LongEvenAxisHasAllCoordinatesWhereTheFileCanHoldItsValues) {
+    DmtFile file = FlatDmtFile();
+    file.m_Axes = AxisRecord(140000, 0.5f, {3.0f}) + AxisRecord(1, 2.0f, {-1.0f});
+    file.m_Values = std::string(4 * 140000, '\0');
+    Matrix matrix;
+    ASSERT_TRUE(ReadFrom(file, matrix));
+    ASSERT_EQ(matrix.Count(), 140000);
+    EXPECT_EQ(matrix.GetCoord(1, 131072), 3.0f + 131072 * 0.5f);
+    EXPECT_EQ(matrix.GetCoord(1, 139999), 3.0f + 139999 * 0.5f);
+}
+
+TEST(MatrixFile, LongEvenAxisFromAStreamInMemoryHasAllCoordinates) {
+    std::string bytes =
+        Int32(4) + Int32(0) + Int32(2) + AxisRecord(140000, 0.5f, {3.0f}) + AxisRecord(0, 1.0f, {});
+    DFile file;
+    file.m_Stream = fmemopen(bytes.data(), bytes.size(), "rb");
+    ASSERT_NE(file.m_Stream, nullptr);
+    Matrix matrix;
+    matrix.Read(file, -1, 0);
+    EXPECT_EQ(matrix.GetCoord(1, 139999), 3.0f + 139999 * 0.5f);
+}
+
+TEST(MatrixFile, FolderOfItsNameLeavesTheMatrixAsItWas) {
+    MakeFolder(Scratch("matrix.dmt"));
+    Matrix matrix = UsedMatrix();
+    EXPECT_FALSE(matrix.Read(Scratch("matrix").c_str(), -1, 0));
+    ExpectUsedMatrix(matrix);
 }
 
 TEST(MatrixFile, ValuesThatGetNoMemoryAreNone) {

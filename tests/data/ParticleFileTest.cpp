@@ -3,6 +3,7 @@
 #include <limits.h>
 #include <math.h>
 #include <string.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -983,6 +984,40 @@ TEST(ParticleAppend, OldFileOfEightColumnsIsCopiedBehindItself) {
     ExpectTexts(group, "old note", "old label", "old date");
     ASSERT_TRUE(group.Read(Scratch("group").c_str(), -1, 0));
     ExpectParticles(group, Numbered({0, 1, 2, 70, 71}));
+}
+
+// A copy would be made of zeros for the most part.
+TEST(ParticleAppend, OldFileCutShortIsContinuedWithoutACopy) {
+    DptFile lessParticles = OldFile(8);
+    lessParticles.m_Particles = 4;
+    DptFile longText = OldFile(8);
+    longText.m_Date = Int32(30) + "06/07/2021";
+    longText.m_Records.clear();
+    longText.m_Particles = 0;
+    const std::pair<DptFile, size_t> files[] = {{lessParticles, lessParticles.Bytes().size() + 32},
+                                                {longText, longText.Bytes().size() + 20}};
+    for (const auto& [old, at] : files) {
+        DptFile header;
+        header.m_Particles = old.m_Particles + 2;
+        ParticleGroup group = UsedGroup();
+        EXPECT_EQ(Appended(old.Bytes(), group),
+                  Overwritten(Overwritten(old.Bytes(), 0, header.Header()), at,
+                              Floats(Numbered({70, 71}))));
+    }
+}
+
+TEST(ParticleAppend, HugeLengthsOfAShortOldFileCostNoDiskSpace) {
+    DptFile old = OldFile(8);
+    old.m_Particles = 2147483647;
+    old.m_Note = Int32(1000000000) + "a note";
+    WriteBytes(Scratch("group.dpt"), old.Bytes());
+    ParticleGroup group = UsedGroup();
+    const long before = ResidentBytes();
+    if (!group.Append(Scratch("group").c_str())) GTEST_SKIP();
+    EXPECT_LT(ResidentBytes() - before, 50000000);
+    struct stat status;
+    ASSERT_EQ(stat(Scratch("group.dpt").c_str(), &status), 0);
+    EXPECT_LT(status.st_blocks * 512, 1000000);
 }
 
 // Everything goes by eight columns, so with seven the first text seems to begin inside the note,

@@ -561,6 +561,13 @@ TEST(WaveformFile, MissingFileLeavesAnEmptyTraceAndTheHeader) {
 
 // ---- Writing
 
+TEST(WaveformFile, FolderOfItsNameCannotBeRead) {
+    MakeFolder(Scratch("trace.wvf"));
+    Waveform trace(3);
+    EXPECT_FALSE(trace.Read(Scratch("trace").c_str(), -1));
+    EXPECT_EQ(trace.Count(), 0);
+}
+
 TEST(WaveformFile, WritesEveryFieldInItsPlace) {
     Waveform trace = TraceOfFile();
     const std::string bytes = Written(trace);

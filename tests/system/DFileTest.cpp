@@ -11,6 +11,7 @@
 #include <memory>
 #include <type_traits>
 
+#include "support/ProcessMemory.h"
 #include "support/Support.h"
 #include "system/DSystem.h"
 #include "tests/system/ScratchPath.h"
@@ -209,6 +210,18 @@ TEST(DFileOpen, FailsWhereTheFolderIsMissing) {
     DFile file;
     EXPECT_FALSE(file.Open(ScratchPath("missing/File"), 6));
     EXPECT_FALSE(file.Open("", 6));
+}
+
+TEST(DFileOpen, FolderIsRefusedInEveryMode) {
+    const std::string folder = MakeFolder(Scratch("Folder"));
+    fs::create_directory_symlink(folder, Scratch("Link"));
+    for (const char* name : {"Folder", "Link"}) {
+        for (int mode = 0; mode <= 7; ++mode) {
+            DFile file;
+            EXPECT_FALSE(file.Open(ScratchPath(name), mode)) << name << " " << mode;
+            EXPECT_EQ(file.m_Stream, nullptr);
+        }
+    }
 }
 
 TEST(DFileOpen, OpenFileIsClosedFirstEvenIfTheNewOpenFails) {
@@ -422,6 +435,19 @@ TEST(DFileRecord, CutShortIsFilledUpWithZeros) {
     EXPECT_EQ(RecordIn(opened.m_File, true), std::string("ab\0\0\0\0", 6));
     OpenedBytes noText(Int32(3));
     EXPECT_EQ(RecordIn(noText.m_File, false), std::string(3, '\0'));
+}
+
+TEST(DFileRecord, HugeLengthOfAShortFileCostsNoMemory) {
+    OpenedBytes opened(Int32(1000000000) + "abc");
+    DString target;
+    const long before = ResidentBytes();
+    opened.m_File.DSRead(target, false);
+    EXPECT_LT(ResidentBytes() - before, 50000000);
+    if (target.GetLength() == 0) GTEST_SKIP() << "this machine grants no gigabyte";
+    EXPECT_EQ(target.GetLength(), 1000000000);
+    const char* text = target;
+    EXPECT_EQ(std::string(text, 3), "abc");
+    EXPECT_EQ(std::string(text + 3, 65536), std::string(65536, '\0'));
 }
 
 TEST(DFileRecord, LengthThatMemoryIsRefusedForLeavesTheTarget) {
