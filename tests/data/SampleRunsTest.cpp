@@ -113,8 +113,7 @@ TEST(SampleSums, SumThatIsNotFiniteIsThatOfTheSamplesOrder) {
         const float inOrder = InOrder(values, 1);
         const float sum = Value(MakeTrace(values), "in");
         if (!isfinite(inOrder) || !isfinite(sum)) {
-            EXPECT_EQ(isnan(sum), isnan(inOrder)) << seed;
-            if (!isnan(sum)) EXPECT_EQ(sum, inOrder) << seed;
+            EXPECT_TRUE(sum == inOrder || (isnan(sum) && isnan(inOrder))) << seed;
         }
     }
 }
@@ -223,10 +222,10 @@ TEST(SampleExtrema, FirstOfEqualOnesCountsAcrossBlocks) {
 
 TEST(SampleExtrema, EachOddValueAtEachPlaceIsTreatedAsInAPlainLoop) {
     for (const float odd : OddValues) {
-        for (const size_t at : {0, 1, 4, 16, 50, 4095, 4096, 4100}) {
+        for (const unsigned at : {0U, 1U, 4U, 16U, 50U, 4095U, 4096U, 4100U}) {
             Values values = RandomValues(4200, 3);
             values[at] = odd;
-            ExpectScaledAsPlainly(values, static_cast<unsigned>(at));
+            ExpectScaledAsPlainly(values, at);
         }
     }
 }
@@ -360,8 +359,7 @@ TEST(SampleSearch, SingleCrossingIsFoundWhereverItIs) {
         Values values(Length, 1.0f);
         values[static_cast<size_t>(at)] = 3.0f;
         EXPECT_EQ(Searched(values).TimeAtVal(2.0f), static_cast<float>(at) - 0.5f) << at;
-        if (at >= 2)
-            EXPECT_EQ(Searched(values).TimeAtValR(2.0f), static_cast<float>(at) + 0.5f) << at;
+        EXPECT_EQ(Searched(values).TimeAtValR(2.0f), static_cast<float>(at) + 0.5f) << at;
         for (float& value : values)
             value = -value;
         EXPECT_EQ(Searched(values).TimeAtVal(-2.0f), static_cast<float>(at) - 0.5f) << at;
