@@ -2,6 +2,7 @@
 #include "core/CoreGlobal.h"
 #include "data/Matrix.h"
 #include "data/Numeric.h"
+#include "data/SampleRuns.h"
 
 namespace {
 
@@ -52,15 +53,19 @@ constexpr MatrixParameter MatrixParameters[] = {
     {"l1", [](Values m) { return FirstDistance(m.m_Dims[2], m.GetOrigSize(3)); }},
 };
 
+// An extreme, as the first of the values that equal it has it: zeros differ in their signs.
+float SignedAsFirst(Values matrix, float extreme) {
+    if (extreme != 0.0f) return extreme;
+    return matrix[FindFirst(matrix.Data(), 0, matrix.Count(),
+                            [](auto value) { return value == 0.0f; })];
+}
+
 }  // namespace
 
 void Matrix::Scale() {
-    m_Max = -DFMax;
-    m_Min = DFMax;
-    for (int i = 0; i < Count(); ++i) {
-        if (m_Data[i] > m_Max) m_Max = m_Data[i];
-        if (m_Data[i] < m_Min) m_Min = m_Data[i];
-    }
+    const SampleRange range = RangeOf(m_Data, Count());
+    m_Max = range.m_Max > -DFMax ? SignedAsFirst(*this, range.m_Max) : -DFMax;
+    m_Min = range.m_Min < DFMax ? SignedAsFirst(*this, range.m_Min) : DFMax;
     m_ScaleUnit = ScaleUnitOf(GreaterMagnitude(m_Min, m_Max));
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "core/CoreGlobal.h"
+#include "data/SampleRuns.h"
 
 namespace {
 
@@ -109,13 +110,17 @@ void ParticleGroup::Scale() {
     std::fill(std::begin(m_Max), std::end(m_Max), -DFMax);
     std::fill(std::begin(m_Min), std::end(m_Min), DFMax);
     const int particles = Held();
+    FourFloats greatest[2] = {LoadFour(m_Max), LoadFour(m_Max + 4)};
+    FourFloats least[2] = {LoadFour(m_Min), LoadFour(m_Min + 4)};
     for (int p = 0; p < particles; ++p) {
-        const float* particle = m_Data + Columns * p;
-        for (int c = 0; c < Columns; ++c) {
-            if (particle[c] > m_Max[c]) m_Max[c] = particle[c];
-            if (particle[c] < m_Min[c]) m_Min[c] = particle[c];
+        for (int half = 0; half < 2; ++half) {
+            const FourFloats values = LoadFour(m_Data + Columns * p + 4 * half);
+            greatest[half] = values > greatest[half] ? values : greatest[half];
+            least[half] = values < least[half] ? values : least[half];
         }
     }
+    memcpy(m_Max, greatest, sizeof m_Max);
+    memcpy(m_Min, least, sizeof m_Min);
 }
 
 void ParticleGroup::CleanUp() {

@@ -1,36 +1,178 @@
 // Waveform: resampling, the time axis, extrema and scale unit, calibration, and the way from time
 // to index.
 #include <math.h>
+#include <stdint.h>
 
 #include <algorithm>
+#include <bit>
+#include <limits>
 
 #include "core/CoreGlobal.h"
 #include "data/Numeric.h"
+#include "data/SampleRuns.h"
 #include "data/Waveform.h"
 
 namespace {
 
-// Fills `target` by linear interpolation at `position`, in samples of `source`, and every
-// `increment` from there. Points outside `source` stay as they are. The position is summed up in
-// double, point by point.
-void Interpolate(const DArray<float>& source, double position, double increment,
+/// The positions of new points in samples of the old trace, summed up in double, point by point.
+class Positions {
+public:
+    static constexpr int Ahead = 64;  ///< points that are looked ahead at once
+
+    /// `last` is the greatest position that is asked for.
+    Positions(double start, double increment, double last)
+        : m_Next(start), m_Increment(increment), m_IsExact(IsExact(last)) {}
+
+    double Next() const { return m_Next; }
+    void Advance() { m_Next += m_Increment; }
+
+    /// The next positions if all of them are at least 0 and below `end`. False, with nothing done,
+    /// otherwise.
+    bool TakeBelow(double end, double (&positions)[Ahead]) {
+        // Sums that are exact don't depend on their order.
+        double next = m_Next;
+        if (m_IsExact) {
+            for (int j = 0; j < Ahead; ++j)
+                positions[j] = m_Next + j * m_Increment;
+            next = m_Next + Ahead * m_Increment;
+        } else {
+            for (double& position : positions) {
+                position = next;
+                next += m_Increment;
+            }
+        }
+        const double final = positions[Ahead - 1];
+        if (!(m_Next >= 0 && m_Next < end && final >= 0 && final < end)) return false;
+        m_Next = next;
+        return true;
+    }
+
+private:
+    // The value of the lowest bit that is set in a finite number.
+    static double LowestBit(double value) {
+        constexpr int Digits = std::numeric_limits<double>::digits;
+        int exponent = 0;
+        const auto bits = static_cast<int64_t>(ldexp(frexp(fabs(value), &exponent), Digits));
+        if (bits == 0) return INFINITY;
+        return ldexp(1.0, exponent - Digits + std::countr_zero(static_cast<uint64_t>(bits)));
+    }
+
+    // No sum has more digits than a double, since all are multiples of the lowest bit.
+    bool IsExact(double last) const {
+        if (!isfinite(m_Next) || !isfinite(m_Increment)) return false;
+        const double greatest = std::max(fabs(m_Next), last) + Ahead * fabs(m_Increment);
+        const double unit = std::min(LowestBit(m_Next), LowestBit(m_Increment));
+        return greatest < unit * 0x1p53;
+    }
+
+    double m_Next;
+    double m_Increment;
+    bool m_IsExact;
+};
+
+float FractionOf(double position) {
+    return static_cast<float>(position - static_cast<int>(position));
+}
+
+float Between(float before, float behind, float fraction) {
+    return before + (behind - before) * fraction;
+}
+
+// One step for all points after the other, so that compilers take several points at once.
+void InterpolateBlock(const float* source, const double (&positions)[Positions::Ahead],
+                      float* target) {
+    float before[Positions::Ahead];
+    float behind[Positions::Ahead];
+    float fractions[Positions::Ahead];
+    int indexes[Positions::Ahead];
+    for (int j = 0; j < Positions::Ahead; ++j) {
+        indexes[j] = static_cast<int>(positions[j]);
+        fractions[j] = FractionOf(positions[j]);
+    }
+    for (int j = 0; j < Positions::Ahead; ++j) {
+        before[j] = source[indexes[j]];
+        behind[j] = source[indexes[j] + 1];
+    }
+    for (int j = 0; j < Positions::Ahead; ++j)
+        target[j] = Between(before[j], behind[j], fractions[j]);
+}
+
+// Fills `target` by linear interpolation at `start`, in samples of `source`, and every
+// `increment` from there. Points outside `source` stay as they are.
+void Interpolate(const DArray<float>& source, double start, double increment,
                  DArray<float>& target) {
     const int points = target.Count();
     const int last = source.Count() - 1;
+    Positions position(start, increment, last);
     int k = 0;
-    for (; k < points && position < 0; ++k)
-        position += increment;
-    for (; k < points && position >= 0 && position < last; ++k) {
-        const int i = static_cast<int>(position);
-        const float fraction = static_cast<float>(position - i);
-        target[k] = source[i] + (source[i + 1] - source[i]) * fraction;
-        position += increment;
+    for (; k < points && position.Next() < 0; ++k)
+        position.Advance();
+    double ahead[Positions::Ahead];
+    while (points - k >= Positions::Ahead && position.TakeBelow(last, ahead)) {
+        InterpolateBlock(source.Data(), ahead, target.Data() + k);
+        k += Positions::Ahead;
     }
-    if (k < points && position == last) target[k] = source[last];
+    for (; k < points && position.Next() >= 0 && position.Next() < last; ++k) {
+        const int i = static_cast<int>(position.Next());
+        target[k] = Between(source[i], source[i + 1], FractionOf(position.Next()));
+        position.Advance();
+    }
+    if (k < points && position.Next() == last) target[k] = source[last];
 }
 
 // What counts as a minimum lies above this limit, so that the mark of a replaced sample never does.
 bool CanBeMinimum(float sample) { return static_cast<double>(sample) > -9.9e33; }
+
+/// Collects extrema block by block. Where the samples of a block are all valid, their places are
+/// found at the end, and only in the block that holds them.
+class ExtremaSearch {
+public:
+    explicit ExtremaSearch(Waveform& trace) : m_Trace(trace) {}
+
+    void TakeBlock(int from, int to) {
+        const SampleRange range = RangeOf(m_Trace.Data() + from, to - from);
+        if (range.m_HasNaN || !CanBeMinimum(range.m_Min) || !IsVF(range.m_Max)) {
+            for (int k = from; k < to; ++k)
+                TakeSample(k);
+            return;
+        }
+        if (range.m_Max > m_Max.m_Value) m_Max = {range.m_Max, from, to};
+        if (range.m_Min < m_Min.m_Value) m_Min = {range.m_Min, from, to};
+    }
+
+    void Finish() {
+        Locate(m_Max, m_Trace.m_Max, m_Trace.m_MaxIndex);
+        Locate(m_Min, m_Trace.m_Min, m_Trace.m_MinIndex);
+    }
+
+private:
+    struct Extreme {
+        float m_Value;
+        int m_From = 0;  ///< it stands from this index on,
+        int m_To = 0;    ///< ahead of this one, or nowhere if that is 0
+    };
+
+    void TakeSample(int k) {
+        float& sample = m_Trace[k];
+        if (!IsVF(sample)) sample = -DFMax;
+        if (sample > m_Max.m_Value) m_Max = {sample, k, k + 1};
+        if (sample < m_Min.m_Value && CanBeMinimum(sample)) m_Min = {sample, k, k + 1};
+    }
+
+    void Locate(const Extreme& extreme, float& value, int& index) const {
+        value = extreme.m_Value;
+        index = 0;
+        if (extreme.m_To == 0) return;
+        const auto isExtreme = [value](auto sample) { return sample == value; };
+        const int k = FindFirst(m_Trace.Data(), extreme.m_From, extreme.m_To, isExtreme);
+        value = m_Trace[k];  // the same but for the sign of a zero
+        index = k + 1;
+    }
+
+    Waveform& m_Trace;
+    Extreme m_Max{-DFMax};
+    Extreme m_Min{DFMax};
+};
 
 bool IsGiven(float factor) { return factor != 0.0f && IsVF(factor); }
 
@@ -86,22 +228,13 @@ void Waveform::TimeFill(DArray<float>& times, int from) const {
 // ---- Scale and calibration
 
 void Waveform::Scale() {
-    m_Max = -DFMax;
-    m_Min = DFMax;
-    m_MaxIndex = 0;
-    m_MinIndex = 0;
-    for (int k = 0; k < Count(); ++k) {
-        float& sample = m_Data[k];
-        if (!IsVF(sample)) sample = -DFMax;
-        if (sample > m_Max) {
-            m_Max = sample;
-            m_MaxIndex = k + 1;
-        }
-        if (sample < m_Min && CanBeMinimum(sample)) {
-            m_Min = sample;
-            m_MinIndex = k + 1;
-        }
-    }
+    constexpr int SamplesPerBlock = 4096;
+    ExtremaSearch search(*this);
+    int from = 0;
+    for (; Count() - from > SamplesPerBlock; from += SamplesPerBlock)
+        search.TakeBlock(from, from + SamplesPerBlock);
+    search.TakeBlock(from, Count());
+    search.Finish();
     const float magnitude = GreaterMagnitude(m_Min, m_Max);
     if (!IsScalable(magnitude)) m_MaxIndex = 0;
     m_ScaleUnit = ScaleUnitOf(magnitude);

@@ -7,6 +7,7 @@
 
 #include "core/CoreGlobal.h"
 #include "data/Numeric.h"
+#include "data/SampleRuns.h"
 #include "data/Waveform.h"
 
 namespace {
@@ -20,21 +21,21 @@ bool IsOnTrace(const Waveform& trace, float level) {
 // The index behind the first crossing of `level` in the first `points` samples, at least 2. Without
 // a crossing it is the last one.
 int CrossingFromStart(const float* samples, int points, float level) {
+    const auto below = [level](auto sample) { return level > sample; };
+    const auto above = [level](auto sample) { return level < sample; };
     const bool falling = samples[0] > level;
-    int k = 1;
-    while (k < points - 1 && !(falling ? level > samples[k] : level < samples[k]))
-        ++k;
-    return k;
+    return falling ? FindFirst(samples, 1, points - 1, below)
+                   : FindFirst(samples, 1, points - 1, above);
 }
 
 // The index ahead of the first crossing of `level` seen from the end, at least 2 points. No sample
 // below `lowest` is tested: without a crossing the index is the one below that.
 int CrossingFromEnd(const float* samples, int points, float level, int lowest) {
+    const auto below = [level](auto sample) { return level > sample; };
+    const auto above = [level](auto sample) { return level < sample; };
     const bool falling = samples[points - 1] > level;
-    int k = points - 2;
-    while (k >= lowest && !(falling ? level > samples[k] : level < samples[k]))
-        --k;
-    return k;
+    return falling ? FindLast(samples, points - 2, lowest, below)
+                   : FindLast(samples, points - 2, lowest, above);
 }
 
 // How far `level` is on the way from samples[k] to samples[k + 1].
@@ -45,33 +46,6 @@ float Fraction(const float* samples, int k, float level) {
 // The abscissa that belongs to `level` in the interval from k on, which runs against the ordinate.
 float ReversedAbscissa(const float* x, const float* y, int k, float level) {
     return (x[k] - x[k + 1]) * (level - y[k]) / (y[k + 1] - y[k]) + x[k + 1];
-}
-
-// ---- Sums over the samples, from index `from` up to, but without, `to`
-
-float SumOfSamples(const Waveform& trace, int from, int to) {
-    float sum = 0.0f;
-    for (int k = from; k < to; ++k)
-        sum += trace[k];
-    return sum;
-}
-
-float SumOfSquares(const Waveform& trace, float mean) {
-    float sum = 0.0f;
-    for (int k = 0; k < trace.Count(); ++k) {
-        const float deviation = trace[k] - mean;
-        sum += deviation * deviation;
-    }
-    return sum;
-}
-
-float SumWeightedByTime(const Waveform& trace) {
-    const float start = trace.StartTime();
-    float sum = 0.0f;
-    for (int k = 0; k < trace.Count(); ++k) {
-        sum += (static_cast<float>(k) * trace.m_TimePerPoint + start) * trace[k];
-    }
-    return sum;
 }
 
 // ---- Measured quantities
@@ -89,7 +63,7 @@ float RiseTime(const Waveform& trace, float from, float to) {
 }
 
 float Integral(const Waveform& trace) {
-    return SumOfSamples(trace, 1, trace.Count()) * trace.m_TimePerPoint;
+    return SumOfRun(trace.Data(), 1, trace.Count()) * trace.m_TimePerPoint;
 }
 
 // The disc is taken in units of time and the rings in points, and each step is rounded to single
@@ -109,26 +83,27 @@ float RadialIntegral(const Waveform& trace) {
 }
 
 float PeakIntegral(const Waveform& trace) {
-    float sum = 0.0f;
-    float greatest = 0.0f;
-    for (int k = 1; k < trace.Count(); ++k) {
-        sum += trace[k];
-        greatest = std::max(greatest, sum);
-    }
-    return greatest * trace.m_TimePerPoint;
+    return GreatestSum(trace.Data(), 1, trace.Count()) * trace.m_TimePerPoint;
 }
 
 float StandardDeviation(const Waveform& trace) {
     const int points = trace.Count();
-    const float mean = SumOfSamples(trace, 0, points) / static_cast<float>(points);
+    const float mean = SumOfRun(trace.Data(), 0, points) / static_cast<float>(points);
+    const auto [squares] = Sums(trace.Data(), 0, points, [mean](auto sample, auto) {
+        const auto deviation = sample - mean;
+        return deviation * deviation;
+    });
     const float divisor = points >= 2 ? static_cast<float>(points - 1) : 1.0f;
-    return sqrtf(std::max(SumOfSquares(trace, mean) / divisor, 0.0f));
+    return sqrtf(std::max(squares / divisor, 0.0f));
 }
 
 float WeightedTime(const Waveform& trace) {
-    const float weight = SumOfSamples(trace, 0, trace.Count());
-    if (weight == 0.0f || isnan(weight)) return 0.0f;
-    return SumWeightedByTime(trace) / weight;
+    const float start = trace.StartTime();
+    const float interval = trace.m_TimePerPoint;
+    const auto [weight, moment] = Sums(
+        trace.Data(), 0, trace.Count(), [](auto sample, auto) { return sample; },
+        [=](auto sample, auto index) { return (index * interval + start) * sample; });
+    return weight == 0.0f || isnan(weight) ? 0.0f : moment / weight;
 }
 
 // A position between two samples, in points.
@@ -139,21 +114,20 @@ float PointsFrom(int index, float fraction) {
 // Where the samples fall below `level` to the left of index `peak`; the start of the trace if they
 // don't.
 float LeftEdge(const Waveform& trace, int peak, float level) {
-    for (int i = peak - 1; i >= 0; --i) {
-        if (!(level > trace[i])) continue;
-        const bool isLast = i == trace.Count() - 1;
-        return PointsFrom(i, isLast ? 0.0f : Fraction(trace.Data(), i, level));
-    }
-    return 0.0f;
+    const int i =
+        FindLast(trace.Data(), peak - 1, 0, [level](auto sample) { return level > sample; });
+    if (i < 0) return 0.0f;
+    const bool isLast = i == trace.Count() - 1;
+    return PointsFrom(i, isLast ? 0.0f : Fraction(trace.Data(), i, level));
 }
 
 // Where they fall below it from `peak` on; the end of the trace if they don't.
 float RightEdge(const Waveform& trace, int peak, float level) {
-    for (int i = peak; i < trace.Count(); ++i) {
-        if (!(level > trace[i])) continue;
-        return i == 0 ? 0.0f : PointsFrom(i - 1, Fraction(trace.Data(), i - 1, level));
-    }
-    return static_cast<float>(trace.Count() - 1);
+    const int end = trace.Count();
+    const int i =
+        FindFirst(trace.Data(), peak, end, [level](auto sample) { return level > sample; });
+    if (i == end) return static_cast<float>(end - 1);
+    return i == 0 ? 0.0f : PointsFrom(i - 1, Fraction(trace.Data(), i - 1, level));
 }
 
 // m_MaxIndex is the peak's index plus one, and comes from the file as it was written there.
@@ -356,7 +330,7 @@ float Waveform::Avg(float from, float to) const {
     const int end = std::min(FloorToInt((last - start) * pointsPerTime), points);
     if (begin > end) return 0.0f;
     if (begin == end) return m_Data[std::min(begin, points - 1)];
-    return SumOfSamples(*this, begin, end) / static_cast<float>(end - begin);
+    return SumOfRun(m_Data, begin, end) / static_cast<float>(end - begin);
 }
 
 float Waveform::ValAtTime(float time) const {
