@@ -6,6 +6,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <bit>
 #include <limits>
 #include <new>
 #include <utility>
@@ -28,6 +29,14 @@ constexpr long BlockSize(int n) {
     return SmallestBlock * ((static_cast<long>(n) + 25) / SmallestBlock) + SmallestBlock;
 }
 
+// The storage behind a block of `size` bytes: a quarter of the next smaller power of two is the
+// step, so that a text that grows by single appends is copied now and then, and not at each block
+// size.
+constexpr long StorageSize(long size) {
+    const long step = static_cast<long>(std::bit_floor(static_cast<unsigned long>(size))) / 4;
+    return step <= SmallestBlock ? size : (size + step - 1) / step * step;
+}
+
 int TextLength(const char* s) {
     if (!s) return 0;
     return static_cast<int>(strnlen(s, static_cast<size_t>(npos)));
@@ -43,7 +52,7 @@ char* DString::NewBlock(long size) {
         memcpy(&m_pFreeList, text, sizeof m_pFreeList);
     } else {
         if (size > std::numeric_limits<int>::max()) return nullptr;
-        char* block = new (std::nothrow) char[static_cast<size_t>(size)];
+        char* block = new (std::nothrow) char[static_cast<size_t>(StorageSize(size))];
         if (!block) return nullptr;
         text = block + HeaderSize;
     }
@@ -69,8 +78,16 @@ void DString::SetLength(int n) {
     m_Text[n] = '\0';
 }
 
-bool DString::HasRoom(long size) const {
-    return m_Text && size <= Block()->m_Alloc && Block()->m_Refs < 2;
+// Whether the text can be `size` bytes long where it stands; if so, the block has that size.
+bool DString::Fits(long size) {
+    if (IsUnset() || Block()->m_Refs > 1) return false;
+    const long alloc = Block()->m_Alloc;
+    if (size <= alloc) return true;
+    if (size > std::numeric_limits<int>::max() || StorageSize(size) != StorageSize(alloc)) {
+        return false;
+    }
+    Block()->m_Alloc = static_cast<int>(size);
+    return true;
 }
 
 int DString::GetRefs() const { return m_Text ? Block()->m_Refs : 0; }
@@ -87,7 +104,7 @@ void DString::Release() {
 bool DString::ReAlloc(int n) {
     n = std::max(n, 0);
     const long size = BlockSize(n);
-    if (!HasRoom(size)) {
+    if (!Fits(size)) {
         char* text = NewBlock(size);
         if (!text) return false;
         if (m_Text) memcpy(text, m_Text, static_cast<size_t>(std::min(n, GetLength())));
@@ -111,7 +128,7 @@ void DString::AllocCopy(int n, const char* src) {
     if (src == m_Text) return;
     n = src ? std::max(n, 0) : 0;
     const long size = BlockSize(n);
-    if (HasRoom(size)) {
+    if (Fits(size)) {
         memmove(m_Text, src ? src : DEmptyString, static_cast<size_t>(n));
     } else {
         char* text = NewBlock(size);
@@ -134,7 +151,7 @@ void DString::ConcatSelf(int n, const char* src) {
     const int length = GetLength();
     if (n > npos - length) return;
     const long size = BlockSize(length + n);
-    if (HasRoom(size)) {
+    if (Fits(size)) {
         memmove(m_Text + length, src, static_cast<size_t>(n));
     } else {
         char* text = NewBlock(size);

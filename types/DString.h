@@ -148,7 +148,8 @@ public:
 
     /// Append a number in the caller's printf format: ordinary text, "%%" and at most one
     /// conversion that fits the argument (d i; u x X o; a e f g in either case, an "l" allowed),
-    /// with flags, width and precision in digits. Any other format gives the form of operator<<.
+    /// with flags, width and precision in digits, each at most 1000. Any other format gives the
+    /// form of operator<<.
     ///
     /// The float and double forms then tidy the exponent behind the last "e" of the whole string,
     /// wherever that "e" came from: a "0" two places behind it goes, and a "+" directly behind it.
@@ -254,7 +255,7 @@ private:
     DTextBlock* Block() { return reinterpret_cast<DTextBlock*>(m_Text - HeaderSize); }
     void SetLength(int n);
     bool IsUnset() const { return !m_Text || m_Text == DEmptyString; }
-    bool HasRoom(long size) const;
+    bool Fits(long size);
     char* Extend(int n);
     int FindBounded(const char* found) const;
     template <typename T>

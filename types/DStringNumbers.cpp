@@ -24,10 +24,13 @@ constexpr int RoomForFormat = 20;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-const char* SkipDigits(const char* p) {
-    while (IsDigit(*p))
-        ++p;
-    return p;
+// Behind a width or a precision; null where it would print more than a label can want.
+const char* SkipPlaces(const char* p) {
+    constexpr int MostPlaces = 1000;
+    int places = 0;
+    for (; IsDigit(*p); ++p)
+        places = std::min(10 * places + (*p - '0'), MostPlaces + 1);
+    return places > MostPlaces ? nullptr : p;
 }
 
 // Behind one conversion that begins at the "%" at `p`; null unless it is of the given kinds, with
@@ -35,8 +38,9 @@ const char* SkipDigits(const char* p) {
 const char* SkipConversion(const char* p, const char* conversions, bool allowLong) {
     ++p;
     p += strspn(p, "-+ #0");
-    p = SkipDigits(p);
-    if (*p == '.') p = SkipDigits(p + 1);
+    p = SkipPlaces(p);
+    if (p && *p == '.') p = SkipPlaces(p + 1);
+    if (!p) return nullptr;
     if (allowLong && *p == 'l') ++p;
     return *p && strchr(conversions, *p) ? p + 1 : nullptr;
 }

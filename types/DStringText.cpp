@@ -19,20 +19,43 @@ DString& MapLetters(DString& text, char (*map)(char)) {
     return text;
 }
 
-bool BeginsWithIgnoringCase(const char* text, const char* pattern) {
-    while (*pattern && Lower(*text) == Lower(*pattern)) {
-        ++text;
-        ++pattern;
+// What C string calls see of a text, in small letters.
+DString LoweredCopy(const char* text) { return DString(text).ToLower(); }
+
+// How often `pattern` is found, each time behind the one before; an empty or null one never is.
+int CountMatches(const char* text, const char* pattern, bool all) {
+    if (!pattern || !*pattern) return 0;
+    const size_t length = strlen(pattern);
+    int count = 0;
+    for (const char* found = strstr(text, pattern); found && (all || count == 0);
+         found = strstr(found + length, pattern)) {
+        ++count;
     }
-    return *pattern == '\0';
+    return count;
 }
 
-// strstr without regard to case, on a text that isn't empty.
-const char* FindIgnoringCase(const char* text, const char* pattern) {
-    for (; *text; ++text) {
-        if (BeginsWithIgnoringCase(text, pattern)) return text;
+// `text` with `with` in the place of the first `count` matches, which are looked for in `searched`:
+// the text itself, or its copy in small letters. One allocation, whatever the count.
+DString ReplaceMatches(const char* text, const char* searched, const char* old, const char* with,
+                       int count) {
+    const size_t oldLength = strlen(old);
+    const size_t withLength = with ? strlen(with) : 0;
+    const size_t length = strlen(text);
+    const size_t wanted =
+        length - static_cast<size_t>(count) * oldLength + static_cast<size_t>(count) * withLength;
+    DString result;
+    if (wanted > static_cast<size_t>(npos)) return result;
+    char* target = result.GetBuffer(static_cast<int>(wanted));
+    const char* end = text + length;
+    for (; target && count > 0; --count) {
+        const size_t before = static_cast<size_t>(strstr(searched, old) - searched);
+        target = std::copy_n(text, before, target);
+        if (with) target = std::copy_n(with, withLength, target);
+        text += before + oldLength;
+        searched += before + oldLength;
     }
-    return nullptr;
+    if (target) std::copy(text, end, target);
+    return result;
 }
 
 }  // namespace
@@ -157,7 +180,10 @@ int DString::Find(const char* s, int start) const {
 
 int DString::FindI(const char* s, int start) const {
     if (!s || start < 0 || start >= GetLength()) return npos;
-    return FindBounded(FindIgnoringCase(m_Text + start, s));
+    const DString lowered = LoweredCopy(m_Text + start);
+    const char* text = lowered;
+    const char* found = strstr(text, LoweredCopy(s));
+    return found ? start + static_cast<int>(found - text) : npos;
 }
 
 int DString::RFind(char c, int start) const {
@@ -206,25 +232,14 @@ bool DString::EndsWith(const char* tail) const {
 // ---- Replacing
 
 DString DString::Replace(const char* old, const char* with, bool all, int* count) const {
-    DString result("");
-    if (!m_Text) return result;
-    const int length = old ? static_cast<int>(strlen(old)) : 0;
-    int replaced = 0;
-    const char* rest = m_Text;
-    while (*rest) {
-        const char* found = length > 0 && (all || replaced == 0) ? strstr(rest, old) : nullptr;
-        if (!found) {
-            if (replaced == 0) return *this;
-            result += rest;
-            break;
-        }
-        result.ConcatSelf(static_cast<int>(found - rest), rest);
-        result += with;
-        rest = found + length;
-        ++replaced;
+    if (IsEmpty() || *m_Text == '\0') {
+        if (m_Text && count) *count = 0;
+        return DString("");
     }
-    if (count) *count = replaced;
-    return result;
+    const int found = CountMatches(m_Text, old, all);
+    if (found == 0) return *this;
+    if (count) *count = found;
+    return ReplaceMatches(m_Text, m_Text, old, with, found);
 }
 
 DString DString::Replace(const char* old, const DString& with, bool all, int* count) const {
@@ -236,21 +251,10 @@ DString DString::Replace(const DString& old, const DString& with, bool all, int*
 }
 
 DString DString::ReplaceI(const char* old, const char* with, bool all, int* count) const {
-    DString result("");
-    if (!m_Text) return result;
-    const int length = old ? static_cast<int>(strlen(old)) : 0;
-    int replaced = 0;
-    int at = 0;
-    while (length > 0 && (all || replaced == 0)) {
-        const int found = FindI(old, at);
-        if (found == npos) break;
-        result.ConcatSelf(found - at, m_Text + at);
-        result += with;
-        at = found + length;
-        ++replaced;
-    }
-    if (count) *count = replaced;
-    if (replaced == 0) return *this;
-    result += m_Text + at;
-    return result;
+    if (!m_Text) return DString("");
+    const DString text = LoweredCopy(m_Text);
+    const DString pattern = LoweredCopy(old);
+    const int found = CountMatches(text, pattern, all);
+    if (count) *count = found;
+    return found == 0 ? *this : ReplaceMatches(m_Text, text, pattern, with, found);
 }

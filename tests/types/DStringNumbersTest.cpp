@@ -273,6 +273,17 @@ TEST(DStringFormat, OfAWidthThatNoTextHoldsGivesTheTextForm) {
     EXPECT_EQ(Text(DString("n=").AddFormatted(1.5, "%99999999999f")), "n=1.5");
 }
 
+TEST(DStringFormat, OfMoreThanAThousandPlacesGivesTheTextForm) {
+    EXPECT_EQ(Text(Format(1, "%1000d")), std::string(999, ' ') + "1");
+    EXPECT_EQ(Text(Format(1.0, "%.1000f")), "1." + std::string(1000, '0'));
+    EXPECT_EQ(Text(Format(1, "%-00001000d")), "1" + std::string(999, ' '));
+    EXPECT_EQ(Text(Format(1, "%1001d")), "1");
+    EXPECT_EQ(Text(Format(1, "%.1001d")), "1");
+    EXPECT_EQ(Text(Format(1u, "%999999999u")), "1");
+    EXPECT_EQ(Text(Format(1.5f, "%.4294967297f")), "1.5");
+    EXPECT_EQ(Text(Format(1.5, "%32.516698527e")), "1.5");
+}
+
 TEST(DStringFormat, ReservesTwentyBytes) {
     DString text('x', 18);
     text.AddFormatted(1, "%d");

@@ -114,6 +114,13 @@ TEST(DStringFindI, IgnoresCase) {
 
 TEST(DStringFindI, TakesAPartialMatchAsNone) { EXPECT_EQ(DString("aAab").FindI("AAB", 0), 1); }
 
+TEST(DStringFindI, FindsTheEmptyPatternWhereTheStartIsAZeroByte) {
+    DString text("abcd");
+    text.SetChar(2, '\0');
+    EXPECT_EQ(text.FindI("", 2), 2);
+    EXPECT_EQ(text.Find("", 2), 2);
+}
+
 TEST(DStringFindI, FollowsTheLocale) {
     const DString text("x\xC4");
     EXPECT_EQ(text.FindI("\xE4", 0), npos);
