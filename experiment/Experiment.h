@@ -12,6 +12,10 @@
 /// arguments. A sink or callback may call back into the object.
 #pragma once
 
+#include <stdint.h>
+
+#include <vector>
+
 #include "data/DataPtr.h"
 #include "system/DIni.h"
 #include "types/DStringArray.h"
@@ -279,6 +283,7 @@ private:
     void FindShots(int group, const DString& filter, DStringArray& names, DArray<int>& groups,
                    DArray<long>* dates) const;
     bool FindInRange(DString& name, int& group) const;
+    bool ListNumbers(const ShotRange& range, int64_t below, std::vector<int>& numbers) const;
     void FindRange(const ShotRange& range, int group, DStringArray& names,
                    DArray<int>& groups) const;
     void KeepShotsWith(const DString& dataName, DStringArray& names, DArray<int>& groups,

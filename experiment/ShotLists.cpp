@@ -1,13 +1,19 @@
 // Sets of shots: by wildcard in a group, by a range of numbers, or by a saved list.
+#include <ctype.h>
+#include <errno.h>
 #include <stdint.h>
+#include <string.h>
 
 #include <algorithm>
+#include <functional>
+#include <unordered_set>
 #include <utility>
 
 #include "core/CoreGlobal.h"
 #include "experiment/Experiment.h"
 #include "system/DFile.h"
 #include "system/DSystem.h"
+#include "system/FolderEntries.h"
 
 namespace {
 
@@ -23,6 +29,52 @@ DString WithoutQuotes(DString line) {
 }
 
 int GroupAt(const DArray<int>& groups, int i) { return i < groups.Count() ? groups[i] : -1; }
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Calls `take(name)` for each entry of a folder; one that can't be reached at all has none. False
+// if they can't be known.
+template <typename Take>
+bool ForEachEntry(const DString& folder, Take take) {
+    FolderReader reader(folder.IsEmpty() ? DString(".") : folder);
+    if (!reader.IsOpen()) {
+        return errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
+    }
+    while (const char* entry = reader.Next())
+        take(entry);
+    return true;
+}
+
+struct Shot {
+    DString m_Name;
+    int m_Group;
+    bool operator==(const Shot& other) const {
+        return m_Group == other.m_Group && m_Name == other.m_Name;
+    }
+};
+
+// Equal names, the case of letters aside, give equal numbers.
+struct ShotHash {
+    size_t operator()(const Shot& shot) const {
+        size_t hash = static_cast<size_t>(shot.m_Group);
+        for (const char* c = shot.m_Name; *c; ++c)
+            hash = hash * 31 + static_cast<size_t>(tolower(static_cast<unsigned char>(*c)));
+        return hash;
+    }
+};
+
+// The shots of a list, to be asked for one of them.
+class ShotTable {
+public:
+    ShotTable(const DStringArray& names, const DArray<int>& groups) {
+        for (int i = 0; i < names.Count(); ++i)
+            m_Shots.insert({names[i], groups[i]});
+    }
+    bool Holds(const DString& name, int group) const { return m_Shots.contains({name, group}); }
+
+private:
+    std::unordered_set<Shot, ShotHash> m_Shots;
+};
 
 template <typename T>
 void Reverse(T& array) {
@@ -42,20 +94,45 @@ public:
         m_Valid = digits != npos && text.EndNumber(m_Last) != npos;
         m_Prefix = first.Left(digits);
         m_Format = "%.0" + DString(first.GetLength() - m_Prefix.GetLength()) + "i";
+        m_Width = Name(0).GetLength() - m_Prefix.GetLength();
     }
 
     DString Name(int64_t number) const {
         return DString(m_Prefix).AddFormatted(static_cast<int>(number), m_Format);
     }
 
+    // Adds the numbers of the range whose names a folder's entry may fit, and perhaps others.
+    void AddNumbersOf(const char* entry, std::vector<int>& numbers) const;
+
     int m_First = 0;
     int m_Last = 0;
     bool m_Valid = false;
 
 private:
+    bool Holds(int64_t number) const { return number >= m_First && number <= m_Last; }
+
     DString m_Prefix;
     DString m_Format;
+    int m_Width = 0;  // the fewest digits of a number
 };
+
+// Whatever stands in front, a wildcard too: a name ends in its number, and so does what fits it. A
+// number has the digits of the format, or more and then no zero in front.
+void Experiment::ShotRange::AddNumbersOf(const char* entry, std::vector<int>& numbers) const {
+    constexpr int64_t Largest = int64_t{1} << 31;
+    const char* const end = entry + strlen(entry);
+    int64_t number = 0;
+    int64_t weight = 1;
+    for (const char* c = end; c > entry && IsDigit(c[-1]) && number <= Largest; --c) {
+        const int64_t digit = c[-1] - '0';
+        number += digit * weight;
+        if (weight <= Largest) weight *= 10;
+        const int64_t digits = end - c + 1;
+        if (digits < m_Width || (digits > m_Width && digit == 0)) continue;
+        if (Holds(number)) numbers.push_back(static_cast<int>(number));
+        if (Holds(-number)) numbers.push_back(static_cast<int>(-number));
+    }
+}
 
 // ---- Sets
 
@@ -170,8 +247,33 @@ bool Experiment::FindInRange(DString& name, int& group) const {
     return HasShot(group, name);
 }
 
+// The numbers of a range below `below` for which there may be a shot in any group, from the highest
+// down. False if that can't be known.
+bool Experiment::ListNumbers(const ShotRange& range, int64_t below,
+                             std::vector<int>& numbers) const {
+    const DString name = range.Name(range.m_First);
+    DString groupName;
+    DString leaf;
+    SplitPathElts(name, groupName, leaf);
+    const auto add = [&](const char* entry) { range.AddNumbersOf(entry, numbers); };
+    for (int i = 0; i < m_GroupPaths.Count(); ++i) {
+        for (const DString& shot : {name, leaf}) {
+            DString folder;
+            DString last;
+            SplitPathElts(ShotPath(i, shot), folder, last);
+            if (!ForEachEntry(folder, add)) return false;
+            if (groupName.IsEmpty()) break;
+        }
+    }
+    std::erase_if(numbers, [below](int number) { return number >= below; });
+    std::sort(numbers.begin(), numbers.end(), std::greater<>());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    return true;
+}
+
 // The search goes from the highest number down with the group in hand, so that a shot found in
-// another group takes the lower numbers there too.
+// another group takes the lower numbers there too. Once a shot is missing the folders are listed,
+// and numbers that none of them holds are passed over: a range may be far greater than they are.
 void Experiment::FindRange(const ShotRange& range, int group, DStringArray& names,
                            DArray<int>& groups) const {
     groups.Clear();
@@ -180,11 +282,22 @@ void Experiment::FindRange(const ShotRange& range, int group, DStringArray& name
         group = std::max(GuessPathFromShot(first), 0);
     }
     if (Logging) Log("Got names of shots in range");
-    for (int64_t number = range.m_Last; number >= range.m_First; --number) {
+    const auto take = [&](int64_t number) {
         DString name = range.Name(number);
-        if (!FindInRange(name, group)) continue;
+        if (!FindInRange(name, group)) return false;
         names.Add(name);
         groups.Add(group);
+        return true;
+    };
+    int64_t number = range.m_Last;
+    while (number >= range.m_First && take(number))
+        --number;
+    std::vector<int> left;
+    if (number > range.m_First && ListNumbers(range, number, left)) {
+        std::for_each(left.begin(), left.end(), take);
+    } else {
+        while (--number >= range.m_First)
+            take(number);
     }
     Reverse(names);
     Reverse(groups);
@@ -215,13 +328,9 @@ void Experiment::MergeShotList(DString source, const DString& fileName, DStringA
         merged.Add(name);
         mergedGroups.Add(group);
     }
-    const int known = merged.Count();
+    const ShotTable known(merged, mergedGroups);
     for (int i = 0; i < std::min(names.Count(), groups.Count()); ++i) {
-        for (int j = 0; j < known && groups[i] >= 0; ++j) {
-            if (mergedGroups[j] == groups[i] && merged[j] == names[i]) {
-                groups[i] = -1;
-            }
-        }
+        if (groups[i] >= 0 && known.Holds(names[i], groups[i])) groups[i] = -1;
         if (groups[i] < 0) continue;
         merged.Add(names[i]);
         mergedGroups.Add(groups[i]);

@@ -2,6 +2,8 @@
 #include "system/DIni.h"
 
 #include <limits.h>
+#include <stdint.h>
+#include <string.h>
 #include <strings.h>
 
 DIni::DIni(const DString& fileName) { SetFileName(fileName); }
@@ -72,14 +74,18 @@ void DIni::DeleteSection(const DString& name) {
 
 int DIni::nKeys() const { return HasSection() ? m_Lines[m_Section].Count() : 0; }
 
+// A zero byte in a key ends the comparison there.
 int DIni::keyindex(const DString& key, int& valueStart) const {
     if (!HasSection() || key[0] == ';') return -1;
-    const DString search = key + "=";
-    valueStart = search.GetLength();
-    const size_t length = static_cast<size_t>(valueStart);
+    const int length = key.GetLength();
+    valueStart = length + 1;
+    const size_t compared = strlen(key);
+    const bool whole = compared == static_cast<size_t>(length);
     const DStringArray& lines = m_Lines[m_Section];
     for (int i = 0; i < lines.Count(); ++i) {
-        if (strncasecmp(lines[i], search, length) == 0) return i;
+        const DString& line = lines[i];
+        if (whole && line[length] != '=') continue;
+        if (strncasecmp(line, key, whole ? compared : compared + 1) == 0) return i;
     }
     return -1;
 }
@@ -151,15 +157,28 @@ DString DIni::GetSectionKeyValue(const DString& section, const DString& key,
     return FindValue(key, value) ? value : DString(defaultValue);
 }
 
+// In the line's own block if that has room. The shares keep it from being one that the key or value
+// stands in.
+void DIni::PutKeyLine(const DString& key, const DString& value, DString& line) {
+    const DString ownKey(key);
+    const DString ownValue(value);
+    const int64_t length = int64_t{1} + key.GetLength() + value.GetLength();
+    char* text = length <= npos ? line.GetBuffer(static_cast<int>(length)) : nullptr;
+    if (!text) return;
+    memcpy(text, ownKey, static_cast<size_t>(ownKey.GetLength()));
+    text += ownKey.GetLength();
+    *text++ = '=';
+    memcpy(text, ownValue, static_cast<size_t>(ownValue.GetLength()));
+}
+
 void DIni::SetKeyValue(const DString& key, const DString& value) {
     if (!HasSection()) return;
-    const DString line = key + "=" + value;
     int start = 0;
     const int index = keyindex(key, start);
     if (index < 0) {
-        m_Lines[m_Section].Add(line);
+        m_Lines[m_Section].Add(key + "=" + value);
     } else {
-        m_Lines[m_Section][index] = line;
+        PutKeyLine(key, value, m_Lines[m_Section][index]);
     }
     WriteThrough();
 }

@@ -106,6 +106,8 @@ private:
     bool HasSection() const;
     const DString& Line(int index) const { return m_Lines[m_Section][index]; }
     bool FindValue(const DString& key, DString& value) const;
+    static void PutKeyLine(const DString& key, const DString& value, DString& line);
+    bool ReadFrom(DString& fileName);
     void AppendSection(const DString& name, const DStringArray& lines);
     void WriteThrough();
     template <typename Put>

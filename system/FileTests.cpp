@@ -1,6 +1,5 @@
 // Existence tests that correct a name's case, and what they tell about a file.
 #include <errno.h>
-#include <fnmatch.h>
 #include <stdio.h>
 
 #include "system/DSystem.h"
@@ -8,14 +7,15 @@
 
 namespace {
 
-// The first entry of `folder` that matches `pattern` without regard to case and is of the kind
-// that `counts` tells becomes `name`.
-bool FindEntry(const DString& folder, const DString& pattern, bool (*counts)(EntryKind),
+// The first entry of `folder` that matches `leaf` without regard to case and is of the kind that
+// `counts` tells becomes `name`.
+bool FindEntry(const DString& folder, const DString& leaf, bool (*counts)(EntryKind),
                DString& name) {
     FolderReader reader(folder);
     if (!reader.IsOpen()) return false;
+    const EntryPattern pattern(leaf);
     while (const char* entry = reader.Next()) {
-        if (fnmatch(pattern, entry, FNM_CASEFOLD) != 0) continue;
+        if (!pattern.Matches(entry)) continue;
         const DString path = folder + "/" + entry;
         if (!counts(KindOf(path))) continue;
         name = path;

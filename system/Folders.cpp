@@ -1,6 +1,5 @@
 // Making, listing, deleting, renaming and copying files and folders.
 #include <fcntl.h>
-#include <fnmatch.h>
 #include <limits.h>
 #include <stdio.h>
 #include <unistd.h>
@@ -37,12 +36,15 @@ bool WalkMatches(const DString& pattern, bool (*counts)(EntryKind), Take take) {
     SplitPathElts(pattern, folder, leaf);
     FolderReader reader(folder);
     if (!reader.IsOpen()) return false;
+    const EntryPattern wanted(leaf);
+    DString path = folder + "/";
+    const int start = path.GetLength();
     while (const char* entry = reader.Next()) {
         struct stat status;
-        if (lstat(folder + "/" + entry, &status) != 0) return false;
-        if (counts(KindOf(status)) && fnmatch(leaf, entry, FNM_CASEFOLD) == 0) {
-            take(DString(entry), status);
-        }
+        path.Truncate(start);
+        path += entry;
+        if (lstat(path, &status) != 0) return false;
+        if (counts(KindOf(status)) && wanted.Matches(entry)) take(DString(entry), status);
     }
     return true;
 }

@@ -1,5 +1,7 @@
 // Path names: joining and parting them, their local and shared forms, the current directory.
 #include <limits.h>
+#include <stdint.h>
+#include <string.h>
 #include <strings.h>
 #include <unistd.h>
 
@@ -18,6 +20,12 @@ bool DropPrefix(const DString& name, const DString& prefix, DString& rest) {
     return true;
 }
 
+// Null where there are none.
+const DStringArray* TranslationLines() {
+    const int section = TrIni.m_Sections.Index("Translations");
+    return section < 0 ? nullptr : &TrIni.m_Lines[section];
+}
+
 DString SharedPrefix(const DString& line) { return line.BeforeFirst('=', true); }
 
 DString LocalPrefix(const DString& line) { return line.AfterFirst('=', true); }
@@ -25,7 +33,16 @@ DString LocalPrefix(const DString& line) { return line.AfterFirst('=', true); }
 }  // namespace
 
 DString AppendPathElts(const DString& a, const DString& b) {
-    return a.IsEmpty() || b.IsEmpty() ? a + b : a + "/" + b;
+    if (a.IsEmpty() || b.IsEmpty()) return a + b;
+    const int64_t length = int64_t{1} + a.GetLength() + b.GetLength();
+    DString path;
+    char* text = length <= npos ? path.GetBuffer(static_cast<int>(length)) : nullptr;
+    if (!text) return path;
+    memcpy(text, a, static_cast<size_t>(a.GetLength()));
+    text += a.GetLength();
+    *text++ = '/';
+    memcpy(text, b, static_cast<size_t>(b.GetLength()));
+    return path;
 }
 
 DString AppendPathElts(const DString& a, const DString& b, const DString& c) {
@@ -52,23 +69,23 @@ bool IsFullQual(const DString& path) { return path[0] == '/'; }
 DString TranslateFileName(const DString& name) { return name.Replace("\\", "/", true, nullptr); }
 
 DString GetUNCFileName(const DString& name) {
-    if (name.IsEmpty()) return name;
-    const DStringArray lines = TrIni.GetFullSection("Translations");
-    for (int i = 0; i < lines.Count(); ++i) {
+    const DStringArray* lines = name.IsEmpty() ? nullptr : TranslationLines();
+    for (int i = 0; lines && i < lines->Count(); ++i) {
+        const DString& line = (*lines)[i];
         DString rest;
-        if (!DropPrefix(name, LocalPrefix(lines[i]), rest)) continue;
-        return AppendPathElts(SharedPrefix(lines[i]), rest).Replace("/", "\\", true, nullptr);
+        if (!DropPrefix(name, LocalPrefix(line), rest)) continue;
+        return AppendPathElts(SharedPrefix(line), rest).Replace("/", "\\", true, nullptr);
     }
     return name;
 }
 
 DString GetLocalFileName(const DString& name) {
-    if (name.IsEmpty()) return name;
-    const DStringArray lines = TrIni.GetFullSection("Translations");
-    for (int i = 0; i < lines.Count(); ++i) {
+    const DStringArray* lines = name.IsEmpty() ? nullptr : TranslationLines();
+    for (int i = 0; lines && i < lines->Count(); ++i) {
+        const DString& line = (*lines)[i];
         DString rest;
-        if (!DropPrefix(name, SharedPrefix(lines[i]), rest)) continue;
-        return AppendPathElts(LocalPrefix(lines[i]), TranslateFileName(rest));
+        if (!DropPrefix(name, SharedPrefix(line), rest)) continue;
+        return AppendPathElts(LocalPrefix(line), TranslateFileName(rest));
     }
     return name;
 }

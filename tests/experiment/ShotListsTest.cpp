@@ -1,6 +1,7 @@
 // Sets of shots by wildcard, range and saved list, and saving and merging lists.
 #include <gtest/gtest.h>
 #include <limits.h>
+#include <string.h>
 #include <sys/stat.h>
 #include <utime.h>
 
@@ -358,6 +359,47 @@ TEST_F(ShotRange, KeepsEveryDigitOfALongName) {
     EXPECT_EQ(Shots(("A" + zeros + "1:2").c_str(), 0), List{"A" + zeros + "1 in 0"});
 }
 
+TEST_F(ShotRange, FarGreaterThanTheFoldersIsFoundAsQuickly) {
+    AddShots(0, {"A5", "A-7", "A0", "A05", "B6", "A2147483647", "A21474836470", "A-0000000007",
+                 "A0000000005"});
+    AddShots(1, {"A6", "A1000000000", "ShotA9"});
+    AddShots(3, {"A5", "a6", "A999999999"});
+    EXPECT_EQ(Shots("A1:A2147483647", 0), (List{"A5 in 3", "A6 in 3", "A999999999 in 3",
+                                                "A1000000000 in 1", "A2147483647 in 0"}));
+    EXPECT_EQ(Shots("A2147483649:A8", 2), (List{"A-0000000007 in 0", "A0000000005 in 0"}));
+}
+
+TEST_F(ShotRange, FarGreaterThanTheFoldersFindsEveryNameThatASearchFinds) {
+    const List names = {"1",    "12",   "012",  "0012", "A1",     "a0002",   "A-0003", "xA0004",
+                        "A5b6", "A0x7", "*8",   "A[9",  "A0010/", "A-11",    "A00013", "A000000014",
+                        "?15",  "A]16", "b c7", "",     "Shot18", "Data1/9", "A+19",   "A1 "};
+    for (size_t i = 0; i < names.size(); ++i)
+        AddShot(static_cast<int>(i % 4), names[i]);
+    WriteBytes(ShotFolder(0, "A0017"), "");
+    for (const std::string prefix : {"A", "a", "*", "?", "A[", "[A-", "Data1/", "Data3/A", "A-",
+                                     "Shot", "\\", "[!A]", "A*", "x\\A", "./A", "../A"}) {
+        for (const char* digits : {"0", "00", "0000"}) {
+            const std::string format = "%.0" + std::to_string(strlen(digits)) + "i";
+            List each;
+            int group = 0;
+            for (int number = 20; number >= 0; --number) {
+                const DString name = DString(prefix.c_str()).AddFormatted(number, format.c_str());
+                const List found = Shots(name + ":" + DString(number), group);
+                if (found.empty()) continue;
+                each.insert(each.begin(), found[0]);
+                group = m_Groups[0];
+            }
+            EXPECT_EQ(Shots((prefix + digits + ":1999999999").c_str(), 0), each) << prefix + digits;
+        }
+    }
+}
+
+TEST_F(ShotRange, FarGreaterThanTheFoldersOfAMissingGroupIsEmpty) {
+    std::filesystem::remove_all(GroupFolder(1));
+    EXPECT_EQ(Shots("A1:A2147483647", 1), List());
+    EXPECT_EQ(Shots((std::string(5000, 'x') + "/1:2147483647").c_str(), 1), List());
+}
+
 TEST_F(ShotRange, SaysSoInTheVerboseLog) {
     AddShots(0, {"A1"});
     const VerboseLog log;
@@ -515,6 +557,14 @@ TEST_F(MergedShotList, ShotsWithoutAGroupAreLeftOut) {
     Fill({"S1", "S2", "S3"}, {-1, 0, -5});
     EXPECT_EQ(Merged("S9"), "S9;..\\e/Shots\r\nS2;..\\e/Shots");
     EXPECT_EQ(GroupNumbers(), (std::vector<int>{-1, 0, -5}));
+}
+
+TEST_F(MergedShotList, NamesAreComparedAsAWholeWithoutRegardToCase) {
+    Fill({"B", "ab", "a", "", "A b"}, {0, 0, 0, 0, 0});
+    EXPECT_EQ(Merged("AB\nA B\nb;..\\Data1"),
+              "AB;..\\e/Shots\r\nA B;..\\e/Shots\r\nb;..\\Data1\r\nB;..\\e/Shots\r\n"
+              "a;..\\e/Shots\r\n;..\\e/Shots");
+    EXPECT_EQ(GroupNumbers(), (std::vector<int>{0, -1, 0, 0, -1}));
 }
 
 TEST_F(MergedShotList, MissingGroupCountsAsNone) {
