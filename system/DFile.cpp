@@ -8,6 +8,7 @@
 #include <bit>
 
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 static_assert(std::endian::native == std::endian::little,
               "the binary formats are little-endian, and so are the transfers of them");
@@ -53,8 +54,10 @@ int ReadLength(DFile& file) {
 
 bool WriteWhole(const DString& name, const char* mode, const DString& text,
                 const DString& lineEnd) {
+    const MemoryWatch memory;
     DString corrected(name);
     FileExists(corrected);
+    if (!memory.Whole()) return false;
     DFile file;
     file.m_Stream = fopen64(corrected, mode);
     if (!file.m_Stream) return false;
@@ -71,10 +74,17 @@ DFile::~DFile() { Close(); }
 
 bool DFile::Open(DString name, int mode) {
     Close();
+    const MemoryWatch memory;
     FileExists(name);
-    m_Stream = fopen64(name, ModeText(mode));
-    if (m_Stream) fseeko64(m_Stream, 0, SEEK_SET);
-    return m_Stream;
+    const DString modeText = ModeText(mode);
+    if (!memory.Whole()) return false;
+    m_Stream = fopen64(name, modeText);
+    if (!m_Stream) {
+        NoteFailedOpen();
+        return false;
+    }
+    fseeko64(m_Stream, 0, SEEK_SET);
+    return true;
 }
 
 void DFile::Close() {

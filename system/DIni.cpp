@@ -4,13 +4,22 @@
 #include <limits.h>
 #include <strings.h>
 
+#include "types/MemoryWatch.h"
+
 DIni::DIni(const DString& fileName) { SetFileName(fileName); }
 
 bool DIni::HasSection() const { return m_Section >= 0 && m_Section < m_Sections.Count(); }
 
-void DIni::AppendSection(const DString& name, const DStringArray& lines) {
+// Both arrays or neither, so that they stay in step.
+bool DIni::AppendSection(const DString& name, const DStringArray& lines) {
+    const MemoryWatch memory;
+    const int before = m_Sections.Count();
     m_Lines.Add(lines, 1);
     m_Sections.Add(name);
+    if (memory.Whole()) return true;
+    m_Lines.ReSize(before);
+    m_Sections.ReSize(before);
+    return false;
 }
 
 void DIni::WriteThrough() {
@@ -26,8 +35,7 @@ void DIni::SetSection(const DString& name) {
     }
     m_Section = m_Sections.Index(name);
     if (m_Section >= 0) return;
-    AppendSection(name, DStringArray());
-    m_Section = m_Sections.Count() - 1;
+    if (AppendSection(name, DStringArray())) m_Section = m_Sections.Count() - 1;
 }
 
 bool DIni::SectionExists(const DString& name) const { return m_Sections.Index(name) >= 0; }
@@ -38,13 +46,15 @@ DStringArray DIni::GetFullSection(const DString& name) const {
 }
 
 void DIni::SetFullSection(const DString& name, const DStringArray& lines) {
+    const MemoryWatch memory;
     DStringArray list(lines);   // may be a section's own lines, which the appending moves
     list.ReSize(list.Count());  // a table takes no single lines later
+    if (!memory.Whole()) return;
     const int index = m_Sections.Index(name);
     if (index < 0) {
-        AppendSection(name, list);
+        if (!AppendSection(name, list)) return;
     } else {
-        m_Lines[index] = list;
+        m_Lines[index].SwapData(list);  // a copy could be refused, and lose the lines
     }
     WriteThrough();
 }
@@ -74,7 +84,9 @@ int DIni::nKeys() const { return HasSection() ? m_Lines[m_Section].Count() : 0; 
 
 int DIni::keyindex(const DString& key, int& valueStart) const {
     if (!HasSection() || key[0] == ';') return -1;
+    const MemoryWatch memory;
     const DString search = key + "=";
+    if (!memory.Whole()) return -1;
     valueStart = search.GetLength();
     const size_t length = static_cast<size_t>(valueStart);
     const DStringArray& lines = m_Lines[m_Section];
@@ -139,9 +151,11 @@ DString DIni::GetSectionKeyValue(const DString& section, const DString& key,
 
 void DIni::SetKeyValue(const DString& key, const DString& value) {
     if (!HasSection()) return;
+    const MemoryWatch memory;
     const DString line = key + "=" + value;
     int start = 0;
     const int index = keyindex(key, start);
+    if (!memory.Whole()) return;
     if (index < 0) {
         m_Lines[m_Section].Add(line);
     } else {

@@ -104,7 +104,9 @@ private:
     bool HasSection() const;
     const DString& Line(int index) const { return m_Lines[m_Section][index]; }
     bool FindValue(const DString& key, DString& value) const;
-    void AppendSection(const DString& name, const DStringArray& lines);
+    void Detach();
+    bool Load(DString& fileName);
+    bool AppendSection(const DString& name, const DStringArray& lines);
     void WriteThrough();
     template <typename Put>
     void PutText(Put put) const;

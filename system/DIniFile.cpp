@@ -6,6 +6,7 @@
 #include "system/DFile.h"
 #include "system/DIni.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -46,26 +47,37 @@ bool TakeOut(DStringArray& list, const DString& element) {
 }  // namespace
 
 bool DIni::SetFileName(const DString& name) {
+    const MemoryWatch memory;
     DString corrected(name);  // may be m_FileName or a line of this document
+    Detach();
+    if (corrected.IsEmpty()) return false;
+    if (!Load(corrected) || !memory.Whole()) {
+        Detach();  // what lacks a part must not replace the file
+        return false;
+    }
+    m_FileName = corrected;
+    if (!KeepsHolding(m_FileName)) m_Hold = false;
+    return true;
+}
+
+void DIni::Detach() {
     m_Sections.Clear();
     m_Lines.Clear();
     m_Section = -1;
-    if (corrected.IsEmpty()) {
-        m_FileName = "";
-        return false;
-    }
-    if (FileExists(corrected)) {
-        m_FileName = corrected;
-        m_Text = ReadWithRetries(m_FileName);
+    m_FileName = DString();
+}
+
+// Loads a file, making a missing one. False if that fails.
+bool DIni::Load(DString& fileName) {
+    const MemoryWatch memory;
+    if (FileExists(fileName)) {
+        m_Text = ReadWithRetries(fileName);
     } else {
-        m_Text = "";
+        m_Text = DString();
         DFile file;
-        const bool created = file.Open(corrected, 6);
-        m_FileName = created ? corrected : DString("");
-        if (!created) return false;
+        if (!memory.Whole() || !file.Open(fileName, 6)) return false;
     }
     loadstring();
-    if (!KeepsHolding(m_FileName)) m_Hold = false;
     return true;
 }
 
