@@ -16,8 +16,9 @@ bool FindEntry(const DString& folder, const DString& pattern, bool (*counts)(Ent
     if (!reader.IsOpen()) return false;
     while (const char* entry = reader.Next()) {
         if (fnmatch(pattern, entry, FNM_CASEFOLD) != 0) continue;
+        const MemoryWatch memory;
         const DString path = folder + "/" + entry;
-        if (!counts(KindOf(path))) continue;
+        if (!memory.Whole() || !counts(KindOf(path))) continue;
         name = path;
         return true;
     }

@@ -6,6 +6,7 @@
 #include "core/CoreGlobal.h"
 #include "system/DIni.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -25,20 +26,28 @@ DString LocalPrefix(const DString& line) { return line.AfterFirst('=', true); }
 }  // namespace
 
 DString AppendPathElts(const DString& a, const DString& b) {
-    return a.IsEmpty() || b.IsEmpty() ? a + b : a + "/" + b;
+    const MemoryWatch memory;
+    const DString path = a.IsEmpty() || b.IsEmpty() ? a + b : a + "/" + b;
+    return memory.Whole() ? path : DString();  // half a path would name something else
 }
 
 DString AppendPathElts(const DString& a, const DString& b, const DString& c) {
-    return AppendPathElts(AppendPathElts(a, b), c);
+    const MemoryWatch memory;
+    const DString path = AppendPathElts(AppendPathElts(a, b), c);
+    return memory.Whole() ? path : DString();
 }
 
 DString AppendPathElts(const DString& a, const DString& b, const DString& c, const DString& d) {
-    return AppendPathElts(AppendPathElts(a, b, c), d);
+    const MemoryWatch memory;
+    const DString path = AppendPathElts(AppendPathElts(a, b, c), d);
+    return memory.Whole() ? path : DString();
 }
 
 DString AppendPathElts(const DString& a, const DString& b, const DString& c, const DString& d,
                        const DString& e) {
-    return AppendPathElts(AppendPathElts(a, b, c, d), e);
+    const MemoryWatch memory;
+    const DString path = AppendPathElts(AppendPathElts(a, b, c, d), e);
+    return memory.Whole() ? path : DString();
 }
 
 void SplitPathElts(const DString& path, DString& folder, DString& name) {
