@@ -8,6 +8,7 @@
 #include "experiment/Experiment.h"
 #include "system/DFile.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -23,6 +24,23 @@ DString WithoutQuotes(DString line) {
 }
 
 int GroupAt(const DArray<int>& groups, int i) { return i < groups.Count() ? groups[i] : -1; }
+
+void ClearAll(DStringArray& names, DArray<int>& groups, DArray<long>* dates) {
+    names.Clear();
+    groups.Clear();
+    if (dates) dates->Clear();
+}
+
+// Adds a shot to both arrays or to none, so that they stay in step.
+void AddShot(const DString& name, int group, DStringArray& names, DArray<int>& groups) {
+    const MemoryWatch memory;
+    const int before = names.Count();
+    names.Add(name);
+    groups.Add(group);
+    if (memory.Whole()) return;
+    names.ReSize(before);
+    groups.ReSize(before);
+}
 
 template <typename T>
 void Reverse(T& array) {
@@ -63,9 +81,7 @@ void Experiment::GetShotSet(const DString& set, const DString& filter, DString d
                             DStringArray& names, DArray<int>& groups, DArray<long>* dates) {
     const DString wanted(filter);  // may be an element of the arrays that are emptied now
     const DString folder(set);
-    names.Clear();
-    groups.Clear();
-    if (dates) dates->Clear();
+    ClearAll(names, groups, dates);
     if (folder == DString("(Shot list)")) {
         GetShotList(wanted, -1, names, groups, dates);
     } else {
@@ -89,6 +105,10 @@ void Experiment::FindShots(int group, const DString& filter, DStringArray& names
     GetFolders(AppendPathElts(folder, "Shot" + filter), names, true);
     groups.Size(names.Count());
     if (dates) dates->Size(names.Count());
+    if (groups.Count() < names.Count() || (dates && dates->Count() < names.Count())) {
+        ClearAll(names, groups, dates);
+        return;
+    }
     for (int i = 0; i < names.Count(); ++i) {
         groups[i] = group;
         if (dates) (*dates)[i] = FileDate(AppendPathElts(folder, names[i], "Scalars.ini"));
@@ -154,9 +174,7 @@ void Experiment::ReadShotList(const DString& list, DStringArray& names, DArray<i
         DString name;
         int group = 0;
         ParseShotLine(lines[i], name, group);
-        if (!HasGroup(group) || !HasShot(group, name)) continue;
-        names.Add(name);
-        groups.Add(group);
+        if (HasGroup(group) && HasShot(group, name)) AddShot(name, group, names, groups);
     }
 }
 
@@ -182,9 +200,7 @@ void Experiment::FindRange(const ShotRange& range, int group, DStringArray& name
     if (Logging) Log("Got names of shots in range");
     for (int64_t number = range.m_Last; number >= range.m_First; --number) {
         DString name = range.Name(number);
-        if (!FindInRange(name, group)) continue;
-        names.Add(name);
-        groups.Add(group);
+        if (FindInRange(name, group)) AddShot(name, group, names, groups);
     }
     Reverse(names);
     Reverse(groups);
@@ -193,17 +209,20 @@ void Experiment::FindRange(const ShotRange& range, int group, DStringArray& name
 // ---- Saving
 
 void Experiment::SaveShotList(const DString& fileName, DStringArray& names, DArray<int>& groups) {
+    const MemoryWatch memory;
     DStringArray lines;
     for (int i = 0; i < names.Count(); ++i) {
         const int group = GroupAt(groups, i);
         const DString path = HasGroup(group) ? RelativePath(m_GroupPaths[group]) : DString();
         lines.Add(names[i] + ";" + path);
     }
-    DFile::WriteLines(AppendExptPathElts(ListFolder, fileName), lines);
+    const DString path = AppendExptPathElts(ListFolder, fileName);
+    if (memory.Whole()) DFile::WriteLines(path, lines);
 }
 
 void Experiment::MergeShotList(DString source, const DString& fileName, DStringArray& names,
                                DArray<int>& groups) {
+    const MemoryWatch memory;
     DStringArray lines;
     DFile::GetLines(WithTextSuffix(source), lines);
     DStringArray merged;
@@ -215,6 +234,7 @@ void Experiment::MergeShotList(DString source, const DString& fileName, DStringA
         merged.Add(name);
         mergedGroups.Add(group);
     }
+    if (!memory.Whole()) return;
     const int known = merged.Count();
     for (int i = 0; i < std::min(names.Count(), groups.Count()); ++i) {
         for (int j = 0; j < known && groups[i] >= 0; ++j) {
@@ -226,5 +246,5 @@ void Experiment::MergeShotList(DString source, const DString& fileName, DStringA
         merged.Add(names[i]);
         mergedGroups.Add(groups[i]);
     }
-    SaveShotList(fileName, merged, mergedGroups);
+    if (memory.Whole()) SaveShotList(fileName, merged, mergedGroups);
 }
