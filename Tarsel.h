@@ -23,3 +23,4 @@
 #include "types/DArray.h"
 #include "types/DString.h"
 #include "types/DStringArray.h"
+#include "types/MemoryWatch.h"

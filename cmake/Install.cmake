@@ -23,6 +23,7 @@ target_sources(Tarsel PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FI
     types/DArray.h
     types/DString.h
     types/DStringArray.h
+    types/MemoryWatch.h
 )
 
 install(TARGETS Tarsel EXPORT TarselTargets

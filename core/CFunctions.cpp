@@ -9,6 +9,7 @@
 #include "core/CoreGlobal.h"
 #include "experiment/Experiment.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -65,9 +66,11 @@ void StringArgs(DString& text, int& length, char* buffer) {
 // ---- The library
 
 void InitializeTarselC(const char* path) {
+    const MemoryWatch memory;
     DString folder(path);
     const bool logging = folder.EndsWith("$L");
     if (logging) folder.TruncateBy(2);
+    if (!memory.Whole()) return;
     if (folder == GetTarselPath()) {
         if (Logging) Log("InitializeTarselC called again");
         return;
@@ -128,13 +131,16 @@ int GetNodesC(int count) {
 }
 
 void SetExperimentC(const char* folder) {
-    if (mFromExternal) Expt.SetExperimentFolder(folder);
+    const MemoryWatch memory;
+    const DString path(folder);
+    if (mFromExternal && memory.Whole()) Expt.SetExperimentFolder(path);
 }
 
 int CreateShotC(const char* name) {
+    const MemoryWatch memory;
     const DString given(name);
     DString request = given == "*" ? NameFromCurrentDirectory() : given;
-    if (Expt.CreateShot(request, "", false) < 0) {
+    if (!memory.Whole() || Expt.CreateShot(request, "", false) < 0) {
         Message("Error creating shot " + given +
                 " (most likely it already exists and name did not have *)" + " expt is " +
                 Expt.GetExperimentPath());
@@ -145,8 +151,9 @@ int CreateShotC(const char* name) {
 }
 
 int SetShotC(const char* name) {
+    const MemoryWatch memory;
     const DString given(name);
-    if (!Expt.SetShot(given, -1)) {
+    if (!memory.Whole() || !Expt.SetShot(given, -1)) {
         Message("Error setting shot (most likely it does not exist)");
         return 0;
     }
@@ -161,7 +168,12 @@ void GetStringDataC(const char* name, int* length, char* buffer) {
     StringResult(Expt.GetShotData(name), length, buffer);
 }
 
-void SetStringDataC(const char* name, const char* value) { Expt.SetShotData(name, value); }
+void SetStringDataC(const char* name, const char* value) {
+    const MemoryWatch memory;
+    const DString key(name);
+    const DString text(value);
+    if (memory.Whole()) Expt.SetShotData(key, text);  // a value that is lost isn't an empty one
+}
 
 // ---- Scalars
 

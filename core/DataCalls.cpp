@@ -11,6 +11,7 @@
 #include "data/ParticleGroup.h"
 #include "data/Waveform.h"
 #include "experiment/Experiment.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -151,9 +152,10 @@ void SetMatrixC(const char* name, int n1, int n2, int n3, const float* data, flo
     // Of sizes that make no matrix, the axes alone could fill the memory.
     const bool tooLarge = ValueCount(std::max(n1, 1), std::max(n2, 1), std::max(n3, 1)) > INT_MAX;
     if ((!data && given > 0) || tooLarge) return;
+    const MemoryWatch memory;
     Matrix matrix(1, 1, 1);
     matrix.Size(n1, n2, n3);
-    if (matrix.Count() == 0) return;
+    if (matrix.Count() == 0 || !memory.Whole()) return;
     matrix.SetStep(1, step1, start1);
     matrix.SetStep(2, step2, start2);
     matrix.SetStep(3, step3, start3);

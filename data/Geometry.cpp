@@ -7,6 +7,7 @@
 
 #include "core/CoreGlobal.h"
 #include "data/BinaryFields.h"
+#include "types/MemoryWatch.h"
 
 template class DArray<Object>;
 
@@ -127,9 +128,10 @@ bool Geometry::Read(DString name) {
 }
 
 bool Geometry::Write(DString name) {
+    const MemoryWatch memory;
     name += ".dgm";
     DFile file;
-    if (!file.Open(name, OpenToWrite)) return false;
+    if (!memory.Whole() || !file.Open(name, OpenToWrite)) return false;
     WriteField<int32_t>(file, FileVersion);
     WriteField<int32_t>(file, 0);
     WriteField<int32_t>(file, m_Objects.Count());

@@ -8,6 +8,7 @@
 #include "data/BinaryFields.h"
 #include "data/Matrix.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -187,9 +188,10 @@ void Matrix::ReadValues(DFile& file, int layers, int start) {
 // ---- Writing
 
 bool Matrix::Write(DString name) {
+    const MemoryWatch memory;
     name += ".dmt";
     DFile file;
-    if (!file.Open(name, OpenToWrite)) return false;
+    if (!memory.Whole() || !file.Open(name, OpenToWrite)) return false;
     Write(file);
     return true;
 }
@@ -207,8 +209,11 @@ void Matrix::Write(DFile& file) {
 }
 
 bool Matrix::Append(DString name) {
+    const MemoryWatch memory;
     DString existing = name + ".dmt";
-    if (!FileExists(existing)) return Write(name);
+    const bool exists = FileExists(existing);
+    if (!memory.Whole()) return false;
+    if (!exists) return Write(name);
     DFile file;
     if (!file.Open(existing, OpenToUpdate)) return false;
     Append(file);

@@ -8,6 +8,7 @@
 #include "data/BinaryFields.h"
 #include "data/ParticleGroup.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -117,16 +118,20 @@ void TurnToWriting(DFile& file) {
 
 // Writes all of an old file's particles behind it, in the form of today; the old header and
 // particles stay where they are. A file that is cut short isn't copied, since what it announces and
-// doesn't hold would be made up. Leaves the stream at the start.
-void RewriteOldFile(DFile& file) {
+// doesn't hold would be made up. Leaves the stream at the start. False, with nothing written, where
+// there is no memory for them.
+bool RewriteOldFile(DFile& file) {
+    const MemoryWatch memory;
     ParticleGroup old(0);
     GoToStart(file);
     old.Read(file, -1, 0);
+    if (!memory.Whole()) return false;
     if (file.m_Stream && !feof(file.m_Stream)) {
         TurnToWriting(file);
         old.Write(file);
     }
     GoToStart(file);
+    return true;
 }
 
 }  // namespace
@@ -172,9 +177,10 @@ void ParticleGroup::ReadOldRecords(DFile& file, int columns) {
 // ---- Writing
 
 bool ParticleGroup::Write(DString name) {
+    const MemoryWatch memory;
     name += ".dpt";
     DFile file;
-    if (!file.Open(name, OpenToWrite)) return false;
+    if (!memory.Whole() || !file.Open(name, OpenToWrite)) return false;
     Write(file);
     return true;
 }
@@ -190,8 +196,11 @@ void ParticleGroup::Write(DFile& file) {
 // ---- Appending
 
 bool ParticleGroup::Append(DString name) {
+    const MemoryWatch memory;
     DString existing = name + ".dpt";
-    if (!FileExists(existing)) return Write(name);
+    const bool exists = FileExists(existing);
+    if (!memory.Whole()) return false;
+    if (!exists) return Write(name);
     DFile file;
     if (!file.Open(existing, OpenToUpdate)) return false;
     Append(file);
@@ -200,7 +209,7 @@ bool ParticleGroup::Append(DString name) {
 
 void ParticleGroup::Append(DFile& file) {
     const auto version = ReadLengthField<int32_t>(file);
-    if (version == LastVersionWithOldRecords) RewriteOldFile(file);
+    if (version == LastVersionWithOldRecords && !RewriteOldFile(file)) return;
     GoToStart(file);
     const FileHead head = ReadHead(file, *this);
     float fileMax[Columns];

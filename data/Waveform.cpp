@@ -8,6 +8,7 @@
 
 #include "core/CoreGlobal.h"
 #include "data/BinaryFields.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -250,8 +251,11 @@ void Waveform::Read(DFile& file, int points) {
 }
 
 bool Waveform::Write(DString name) {
+    const MemoryWatch memory;
     name += ".wvf";
-    if (m_Flags < IgnoreLock && IsLocked(name)) {
+    const bool locked = m_Flags < IgnoreLock && IsLocked(name);
+    if (!memory.Whole()) return false;
+    if (locked) {
         Message("Could not write to " + name + " because it is locked");
         return false;
     }

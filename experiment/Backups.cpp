@@ -1,9 +1,12 @@
 // Copying a shot aside, and stamping a configuration with the last run.
 #include <strings.h>
 
+#include <iterator>
+
 #include "core/CoreGlobal.h"
 #include "experiment/Experiment.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -15,32 +18,35 @@ bool IsInsideShot(const DString& path) { return path == DString(InsideShot); }
 
 // The folder itself if it is free, otherwise the first of folder_1, folder_2 and so on.
 DString FirstFreeFolder(const DString& folder) {
+    const MemoryWatch memory;
     DString candidate(folder);
     DString probe(candidate);
-    for (int n = 1; FolderExists(probe); ++n) {
+    for (int n = 1; memory.Whole() && FolderExists(probe); ++n) {
         candidate = folder + "_" + DString(n);
         probe = candidate;
     }
-    return candidate;
+    return memory.Whole() ? candidate : DString();
 }
 
 }  // namespace
 
 void Experiment::SetBackupPath(DString path) {
+    const MemoryWatch memory;
+    const DString key("Path");
     DIni definition(DefinitionFile());
     definition.SetSection("Backup");
-    if (IsInsideShot(path)) {
-        definition.SetKeyValue("Path", path);
-        return;
+    if (!IsInsideShot(path)) {
+        DString parent;
+        DString name;
+        SplitPathElts(path, parent, name);
+        if (name == m_ExperimentName) path = parent;
+        path = RelativePath(path);
     }
-    DString parent;
-    DString name;
-    SplitPathElts(path, parent, name);
-    if (name == m_ExperimentName) path = parent;
-    definition.SetKeyValue("Path", RelativePath(path));
+    if (memory.Whole()) definition.SetKeyValue(key, path);
 }
 
 DString Experiment::GetBackupPath() {
+    const MemoryWatch memory;
     DIni definition(DefinitionFile());
     definition.SetSection("Backup");
     // A name in its own right, below no folder: nothing is made of it, and a host that relies on
@@ -49,11 +55,12 @@ DString Experiment::GetBackupPath() {
     if (IsInsideShot(value)) return value;
     const DString path = FullPath(value);
     DString probe(path);
-    if (!FolderExists(probe)) CreateFolder(path);
+    if (memory.Whole() && !FolderExists(probe)) CreateFolder(path);
     return path;
 }
 
 DString Experiment::GetBackupShotFolder(DString folder) {
+    const MemoryWatch memory;
     if (folder.IsEmpty()) folder = m_ShotFolder;
     const DString root = GetBackupPath();
     DString result;
@@ -68,17 +75,21 @@ DString Experiment::GetBackupShotFolder(DString folder) {
         result = AppendPathElts(m_ExperimentPath, "Backup", m_ExperimentName, "Shots",
                                 "Shot" + m_ShotName);
     }
-    return FirstFreeFolder(result);
+    return memory.Whole() ? FirstFreeFolder(result) : DString();
 }
 
 void Experiment::BackupShot() { CopyFolder(m_ShotFolder, GetBackupShotFolder(DString())); }
 
 void Experiment::StampConfigFile(DIni& ini) {
+    const MemoryWatch memory;
+    const DString section("LastRun");
+    const DString keys[] = {"Shot", "ShotPath", "Started"};
+    const DString values[] = {m_ShotName, GetCurPath(), Now()};
+    if (!memory.Whole()) return;
     ini.HoldWrite(true);
-    ini.DeleteSection("LastRun");
-    ini.SetSection("LastRun");
-    ini.SetKeyValue("Shot", m_ShotName);
-    ini.SetKeyValue("ShotPath", GetCurPath());
-    ini.SetKeyValue("Started", Now());
+    ini.DeleteSection(section);
+    ini.SetSection(section);
+    for (size_t i = 0; i < std::size(keys); ++i)
+        ini.SetKeyValue(keys[i], values[i]);
     ini.HoldWrite(false);
 }

@@ -4,6 +4,7 @@
 
 #include "experiment/Experiment.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -27,6 +28,12 @@ int Backward(int number) {
 }  // namespace
 
 DString Experiment::GetDataFileName(DString reference) {
+    const MemoryWatch memory;
+    const DString path = DataFileOf(reference);
+    return memory.Whole() ? path : DString();  // half a path would name another file
+}
+
+DString Experiment::DataFileOf(DString reference) {
     if (reference.IsEmpty()) return DString();
     reference = GetExpandedString(reference, true);
     if (reference[1] == ':') return reference;

@@ -2,6 +2,7 @@
 #include <strings.h>
 
 #include "experiment/Experiment.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -49,6 +50,7 @@ void* Experiment::GetDataPtr(DString const& name, DataType type) {
         const int index = FindMemoryObject(name, type);
         return index < 0 ? nullptr : m_DataPtrs[index].m_Object;
     }
+    const MemoryWatch memory;
     const DString reference(name);  // may be an entry's own, which the appending moves
     const int before = m_DataPtrs.Count();
     m_DataPtrs.AddBlank(1);
@@ -59,7 +61,8 @@ void* Experiment::GetDataPtr(DString const& name, DataType type) {
     DataPtr& entry = m_DataPtrs.Last();
     if (!path.IsEmpty()) {
         entry.m_Type = type;
-        if (entry.Read(path)) {
+        // What was read in part would replace its file when it is given back.
+        if (entry.Read(path) && memory.Whole()) {
             entry.m_Name = reference;
             return entry.m_Object;
         }

@@ -3,6 +3,7 @@
 
 #include "core/CoreGlobal.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 template class DArray<GroupName>;
 template class DArray<GroupCue>;
@@ -14,11 +15,14 @@ bool Experiment::SetExperimentFolder(const DString& folder) {
         m_CurrentGroup = -1;
         return true;
     }
+    const MemoryWatch memory;
     m_ExperimentUNCFolder = GetUNCFileName(m_ExperimentFolder);
     SplitPathElts(m_ExperimentFolder, m_ExperimentPath, m_ExperimentName);
     if (m_ExperimentName.IsEmpty()) return true;
 
     ReadDefinition();
+    // Half a definition would lead shots astray, so nothing is open then.
+    if (!memory.Whole()) return SetExperimentFolder(DString());
     CreateFolder(AppendExptPathElts("Query"));
     CreateFolder(AppendExptPathElts("Macros"));
 
@@ -34,12 +38,15 @@ bool Experiment::SetExperimentFolder(const DString& folder) {
 // Empty without an experiment: a document without a file keeps what it is told to itself.
 DString Experiment::DefinitionFile() const {
     if (m_ExperimentName.IsEmpty()) return DString();
-    return AppendPathElts(m_ExperimentFolder, m_ExperimentName) + ".ini";
+    const MemoryWatch memory;
+    const DString path = AppendPathElts(m_ExperimentFolder, m_ExperimentName) + ".ini";
+    return memory.Whole() ? path : DString();
 }
 
 void Experiment::ReadDefinition() {
     m_GroupPaths.Clear();
     m_GroupPaths.Size(1);
+    if (m_GroupPaths.Count() == 0) return;
     const DString shots = AppendExptPathElts("Shots");
     CreateFolder(shots);
     m_GroupPaths[0] = shots;

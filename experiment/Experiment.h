@@ -271,6 +271,7 @@ private:
     DString CacheSection() const;
     class ShotRange;
 
+    DString DataFileOf(DString reference);
     DString DefinitionFile() const;
     void ReadDefinition();
     void ReadGroups(const DStringArray& lines);

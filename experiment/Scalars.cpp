@@ -5,6 +5,7 @@
 #include "data/Matrix.h"
 #include "data/Waveform.h"
 #include "experiment/Experiment.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -20,9 +21,11 @@ int ParameterIndex(char c) {
 
 // Sets a number stored with a trace; false if there is no trace with points of that name.
 bool SetTraceNumber(const DString& path, int index, float value) {
+    const MemoryWatch memory;
     Waveform waveform(0);
     waveform.Read(path, -1);
     if (waveform.Count() == 0) return false;
+    if (!memory.Whole()) return true;  // half a trace must not replace it
     waveform.m_Params[index] = value;
     waveform.Write(path);
     return true;
@@ -31,9 +34,10 @@ bool SetTraceNumber(const DString& path, int index, float value) {
 // The same for a matrix, which has fewer numbers. A name with a range stands for a part, which must
 // not be written over the whole.
 void SetMatrixNumber(const DString& path, int index, float value) {
+    const MemoryWatch memory;
     Matrix matrix(1, 1, 1);
     if (index >= static_cast<int>(std::size(matrix.m_Params)) || path.Find('[', 0) != npos) return;
-    if (!matrix.Read(path, -1, 0) || matrix.Count() < 2) return;
+    if (!matrix.Read(path, -1, 0) || !memory.Whole() || matrix.Count() < 2) return;
     matrix.m_Params[index] = value;
     matrix.Write(path);
 }
@@ -41,15 +45,18 @@ void SetMatrixNumber(const DString& path, int index, float value) {
 }  // namespace
 
 float Experiment::GetScalarData(DString expression, ValueCallback resolver) {
+    const MemoryWatch memory;
     const float value = ParseInput(GetExpandedString(expression, true), resolver);
-    return IsVF(value) ? value : -DFMax;
+    return IsVF(value) && memory.Whole() ? value : -DFMax;
 }
 
 void Experiment::SetScalarData(const DString& key, float value) {
     if (m_ShotFolder.IsEmpty()) return;
     const int backslash = key.Find('\\', 0);
     if (backslash == npos) {
-        SetShotData(key, DString(value));
+        const MemoryWatch memory;
+        const DString text(value);
+        if (memory.Whole()) SetShotData(key, text);
     } else {
         SetTraceParameter(key, backslash, value);
     }

@@ -3,24 +3,30 @@
 
 #include "core/CoreGlobal.h"
 #include "experiment/Experiment.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
 const char FieldsSection[] = "Fields";
 
+// Where the section's name was lost for want of memory the document stays without a file, lest what
+// is set goes to another section.
+void LoadSection(DIni& document, const DString& file, const DString& section) {
+    document.SetFileName(section.IsEmpty() ? DString() : file);
+    document.SetSection(section);
+}
+
 }  // namespace
 
-DString Experiment::CacheSection() const { return "Shot" + m_ShotName; }
-
-void Experiment::LoadFields() {
-    m_ScalarsIni.SetFileName(m_ScalarsFile);
-    m_ScalarsIni.SetSection(FieldsSection);
+DString Experiment::CacheSection() const {
+    const MemoryWatch memory;
+    const DString section = "Shot" + m_ShotName;
+    return memory.Whole() ? section : DString();
 }
 
-void Experiment::LoadCache() {
-    m_ScalarCacheIni.SetFileName(m_ScalarCacheFile);
-    m_ScalarCacheIni.SetSection(CacheSection());
-}
+void Experiment::LoadFields() { LoadSection(m_ScalarsIni, m_ScalarsFile, FieldsSection); }
+
+void Experiment::LoadCache() { LoadSection(m_ScalarCacheIni, m_ScalarCacheFile, CacheSection()); }
 
 DString Experiment::GetShotData(const DString& key) {
     const DString wanted(key);  // may be a line of the document that is loaded now
@@ -48,12 +54,14 @@ void Experiment::SetShotData(const DString& key, const DString& value) {
         MsgBox("Attempt to write shot name to comment, in base");
         return;
     }
+    const MemoryWatch memory;
     const DString field(key);
     const DString text(value);
     if (!m_PauseIO) {
         LoadFields();
         LoadCache();
     }
+    if (!memory.Whole()) return;
     if (text.IsEmpty()) {
         m_ScalarCacheIni.DeleteKey(CacheSection(), field);
         m_ScalarsIni.DeleteKey(FieldsSection, field);
@@ -64,8 +72,10 @@ void Experiment::SetShotData(const DString& key, const DString& value) {
 }
 
 void Experiment::SetShotCacheData() {
+    const MemoryWatch memory;
     m_ScalarsIni.SetFileName(m_ScalarsFile);
     const DStringArray fields = m_ScalarsIni.GetFullSection(FieldsSection);
     m_ScalarCacheIni.SetFileName(m_ScalarCacheFile);
-    m_ScalarCacheIni.SetFullSection(CacheSection(), fields);
+    const DString section = CacheSection();
+    if (memory.Whole()) m_ScalarCacheIni.SetFullSection(section, fields);
 }

@@ -8,6 +8,7 @@
 #include "core/CoreGlobal.h"
 #include "experiment/Experiment.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -30,6 +31,7 @@ bool CueMatches(const DString& cue, const DString& shot) {
 
 int Experiment::CreateShot(DString& request, const DString& comment, bool stamp) {
     if (m_ExperimentName.IsEmpty()) return -1;
+    const MemoryWatch memory;
     const DString note(comment);  // may be one of this object's strings
     const bool force = request[0] == '*';
     if (force) request = request.Mid(1, npos);
@@ -38,6 +40,7 @@ int Experiment::CreateShot(DString& request, const DString& comment, bool stamp)
 
     DString found(name);
     int group = GuessPathFromShot(found);
+    if (!memory.Whole()) return -1;  // whether it exists isn't known
     const bool isNew = group < 0;
     if (isNew) {
         group = ChooseGroup(name);
@@ -47,8 +50,11 @@ int Experiment::CreateShot(DString& request, const DString& comment, bool stamp)
         if (dataName.IsEmpty() || FileExists(data)) return ~group;
     }
     SetShot(name, group);
+    if (!memory.Whole()) return -1;
     if (!note.IsEmpty()) SetShotData("Comment", note);
-    if (isNew || stamp) SetShotData("Date", Now());
+    const DString now = Now();
+    const DString key("Date");
+    if (memory.Whole() && (isNew || stamp)) SetShotData(key, now);
     return group;
 }
 
@@ -61,7 +67,11 @@ int Experiment::ChooseGroup(const DString& shot) const {
 
 bool Experiment::RenameShot(DString newName) {
     if (m_ShotName.IsEmpty() || !HasGroup(m_CurrentGroup)) return false;
+    const MemoryWatch memory;
     DString target = ShotPath(m_CurrentGroup, newName);
+    const DString section = CacheSection();
+    const DString newSection = "Shot" + newName;
+    if (!memory.Whole()) return false;
     const bool caseOnly = newName == m_ShotName;
     DString taken(target);
     if (!caseOnly && FolderExists(taken)) {
@@ -70,7 +80,7 @@ bool Experiment::RenameShot(DString newName) {
     }
     if (RenameFolder(m_ShotFolder, target)) {
         m_ScalarCacheIni.SetFileName(m_ScalarCacheFile);
-        m_ScalarCacheIni.RenameSection(CacheSection(), "Shot" + newName);
+        m_ScalarCacheIni.RenameSection(section, newSection);
     }
     // A folder that couldn't be renamed counts as success too: callers find the shot under its new
     // name in either case.

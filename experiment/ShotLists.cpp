@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 #include <unordered_set>
 #include <utility>
 
@@ -14,6 +15,7 @@
 #include "system/DFile.h"
 #include "system/DSystem.h"
 #include "system/FolderEntries.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -67,14 +69,34 @@ struct ShotHash {
 class ShotTable {
 public:
     ShotTable(const DStringArray& names, const DArray<int>& groups) {
-        for (int i = 0; i < names.Count(); ++i)
-            m_Shots.insert({names[i], groups[i]});
+        try {
+            for (int i = 0; i < names.Count(); ++i)
+                m_Shots.insert({names[i], groups[i]});
+        } catch (const std::bad_alloc&) {
+            ++RefusedBlocks;
+        }
     }
     bool Holds(const DString& name, int group) const { return m_Shots.contains({name, group}); }
 
 private:
     std::unordered_set<Shot, ShotHash> m_Shots;
 };
+void ClearAll(DStringArray& names, DArray<int>& groups, DArray<long>* dates) {
+    names.Clear();
+    groups.Clear();
+    if (dates) dates->Clear();
+}
+
+// Adds a shot to both arrays or to none, so that they stay in step.
+void AddShot(const DString& name, int group, DStringArray& names, DArray<int>& groups) {
+    const MemoryWatch memory;
+    const int before = names.Count();
+    names.Add(name);
+    groups.Add(group);
+    if (memory.Whole()) return;
+    names.ReSize(before);
+    groups.ReSize(before);
+}
 
 template <typename T>
 void Reverse(T& array) {
@@ -140,9 +162,7 @@ void Experiment::GetShotSet(const DString& set, const DString& filter, DString d
                             DStringArray& names, DArray<int>& groups, DArray<long>* dates) {
     const DString wanted(filter);  // may be an element of the arrays that are emptied now
     const DString folder(set);
-    names.Clear();
-    groups.Clear();
-    if (dates) dates->Clear();
+    ClearAll(names, groups, dates);
     if (folder == DString("(Shot list)")) {
         GetShotList(wanted, -1, names, groups, dates);
     } else {
@@ -166,6 +186,10 @@ void Experiment::FindShots(int group, const DString& filter, DStringArray& names
     GetFolders(AppendPathElts(folder, "Shot" + filter), names, true);
     groups.Size(names.Count());
     if (dates) dates->Size(names.Count());
+    if (groups.Count() < names.Count() || (dates && dates->Count() < names.Count())) {
+        ClearAll(names, groups, dates);
+        return;
+    }
     for (int i = 0; i < names.Count(); ++i) {
         groups[i] = group;
         if (dates) (*dates)[i] = FileDate(AppendPathElts(folder, names[i], "Scalars.ini"));
@@ -231,9 +255,7 @@ void Experiment::ReadShotList(const DString& list, DStringArray& names, DArray<i
         DString name;
         int group = 0;
         ParseShotLine(lines[i], name, group);
-        if (!HasGroup(group) || !HasShot(group, name)) continue;
-        names.Add(name);
-        groups.Add(group);
+        if (HasGroup(group) && HasShot(group, name)) AddShot(name, group, names, groups);
     }
 }
 
@@ -285,15 +307,20 @@ void Experiment::FindRange(const ShotRange& range, int group, DStringArray& name
     const auto take = [&](int64_t number) {
         DString name = range.Name(number);
         if (!FindInRange(name, group)) return false;
-        names.Add(name);
-        groups.Add(group);
+        AddShot(name, group, names, groups);
         return true;
     };
     int64_t number = range.m_Last;
     while (number >= range.m_First && take(number))
         --number;
     std::vector<int> left;
-    if (number > range.m_First && ListNumbers(range, number, left)) {
+    bool listed = false;
+    try {
+        listed = number > range.m_First && ListNumbers(range, number, left);
+    } catch (const std::bad_alloc&) {
+        left.clear();  // to look for each of the numbers takes longer, but no memory
+    }
+    if (listed) {
         std::for_each(left.begin(), left.end(), take);
     } else {
         while (--number >= range.m_First)
@@ -306,17 +333,20 @@ void Experiment::FindRange(const ShotRange& range, int group, DStringArray& name
 // ---- Saving
 
 void Experiment::SaveShotList(const DString& fileName, DStringArray& names, DArray<int>& groups) {
+    const MemoryWatch memory;
     DStringArray lines;
     for (int i = 0; i < names.Count(); ++i) {
         const int group = GroupAt(groups, i);
         const DString path = HasGroup(group) ? RelativePath(m_GroupPaths[group]) : DString();
         lines.Add(names[i] + ";" + path);
     }
-    DFile::WriteLines(AppendExptPathElts(ListFolder, fileName), lines);
+    const DString path = AppendExptPathElts(ListFolder, fileName);
+    if (memory.Whole()) DFile::WriteLines(path, lines);
 }
 
 void Experiment::MergeShotList(DString source, const DString& fileName, DStringArray& names,
                                DArray<int>& groups) {
+    const MemoryWatch memory;
     DStringArray lines;
     DFile::GetLines(WithTextSuffix(source), lines);
     DStringArray merged;
@@ -329,11 +359,12 @@ void Experiment::MergeShotList(DString source, const DString& fileName, DStringA
         mergedGroups.Add(group);
     }
     const ShotTable known(merged, mergedGroups);
+    if (!memory.Whole()) return;
     for (int i = 0; i < std::min(names.Count(), groups.Count()); ++i) {
         if (groups[i] >= 0 && known.Holds(names[i], groups[i])) groups[i] = -1;
         if (groups[i] < 0) continue;
         merged.Add(names[i]);
         mergedGroups.Add(groups[i]);
     }
-    SaveShotList(fileName, merged, mergedGroups);
+    if (memory.Whole()) SaveShotList(fileName, merged, mergedGroups);
 }

@@ -4,6 +4,7 @@
 #include "core/CoreGlobal.h"
 #include "experiment/Experiment.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -33,6 +34,7 @@ bool Experiment::SetShot(DString name, int group) {
         if (Logging) Log("experiment name not defined");
         return false;
     }
+    const MemoryWatch memory;
     if (name[0] == '*') name = name.Mid(1, npos);
     if (group < 0) group = GuessPathFromShot(name);
     if (strcmp(name, m_ShotName) == 0 && group == m_CurrentGroup) return true;
@@ -40,19 +42,25 @@ bool Experiment::SetShot(DString name, int group) {
         if (Logging) Log("gnum is " + DString(group));
         return false;
     }
+    const DString folder = ShotPath(group, name);
+    const DString cacheFile = AppendPathElts(m_GroupPaths[group], "ScalarCache.ini");
+    const DString fieldsFile = AppendPathElts(folder, "Scalars.ini");
+    if (!memory.Whole()) return false;
     m_ShotName = name;
     m_CurrentGroup = group;
-    m_ShotFolder = ShotPath(group, name);
+    m_ShotFolder = folder;
     // The documents still have the files of the shot that is left: what a pause held goes there.
     SetPauseIO(false);
-    m_ScalarCacheFile = AppendPathElts(m_GroupPaths[group], "ScalarCache.ini");
-    m_ScalarsFile = AppendPathElts(m_ShotFolder, "Scalars.ini");
+    m_ScalarCacheFile = cacheFile;
+    m_ScalarsFile = fieldsFile;
     if (Logging) Log("Finished setting shot");
     return true;
 }
 
 DString Experiment::ShotPath(int group, const DString& shot) const {
-    return AppendPathElts(m_GroupPaths[group], "Shot" + shot);
+    const MemoryWatch memory;
+    const DString path = AppendPathElts(m_GroupPaths[group], "Shot" + shot);
+    return memory.Whole() ? path : DString();
 }
 
 bool Experiment::HasShot(int group, const DString& shot) const {

@@ -9,6 +9,7 @@
 #include <bit>
 
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 static_assert(std::endian::native == std::endian::little,
               "the binary formats are little-endian, and so are the transfers of them");
@@ -67,8 +68,10 @@ int ReadLength(DFile& file) {
 
 bool WriteWhole(const DString& name, const char* mode, const DString& text,
                 const DString& lineEnd) {
+    const MemoryWatch memory;
     DString corrected(name);
     FileExists(corrected);
+    if (!memory.Whole()) return false;
     DFile file;
     file.m_Stream = fopen64(corrected, mode);
     if (!file.m_Stream) return false;
@@ -85,9 +88,15 @@ DFile::~DFile() { Close(); }
 
 bool DFile::Open(DString name, int mode) {
     Close();
+    const MemoryWatch memory;
     FileExists(name);
+    if (!memory.Whole()) return false;
     m_Stream = fopen64(name, ModeText(mode));
-    if (m_Stream && IsFolder(m_Stream)) Close();
+    if (!m_Stream) {
+        NoteFailedOpen();
+        return false;
+    }
+    if (IsFolder(m_Stream)) Close();
     return m_Stream;
 }
 

@@ -3,11 +3,11 @@
 #include <string.h>
 
 #include <algorithm>
-#include <memory>
 
 #include "system/DFile.h"
 #include "system/DSystem.h"
 #include "system/FolderEntries.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -33,13 +33,13 @@ bool IsSameFile(const DString& a, const DString& b) {
 
 // Copies `size` bytes in blocks. Bytes that the source doesn't deliver any more are zeros.
 void CopyBlocks(DFile& source, DFile& target, int size) {
-    constexpr int BlockSize = 1048576;
-    const auto block = std::make_unique<char[]>(BlockSize);
+    constexpr int BlockSize = 32768;
+    char block[BlockSize];
     for (int left = size; left > 0;) {
         const int count = std::min(left, BlockSize);
-        const int delivered = source.BRead(block.get(), count);
-        memset(block.get() + delivered, 0, static_cast<size_t>(count - delivered));
-        target.BWrite(block.get(), count);
+        const int delivered = source.BRead(block, count);
+        memset(block + delivered, 0, static_cast<size_t>(count - delivered));
+        target.BWrite(block, count);
         left -= count;
     }
 }

@@ -6,13 +6,22 @@
 #include <string.h>
 #include <strings.h>
 
+#include "types/MemoryWatch.h"
+
 DIni::DIni(const DString& fileName) { SetFileName(fileName); }
 
 bool DIni::HasSection() const { return m_Section >= 0 && m_Section < m_Sections.Count(); }
 
-void DIni::AppendSection(const DString& name, const DStringArray& lines) {
+// Both arrays or neither, so that they stay in step.
+bool DIni::AppendSection(const DString& name, const DStringArray& lines) {
+    const MemoryWatch memory;
+    const int before = m_Sections.Count();
     m_Lines.Add(lines, 1);
     m_Sections.Add(name);
+    if (memory.Whole()) return true;
+    m_Lines.ReSize(before);
+    m_Sections.ReSize(before);
+    return false;
 }
 
 void DIni::WriteThrough() {
@@ -28,8 +37,7 @@ void DIni::SetSection(const DString& name) {
     }
     m_Section = m_Sections.Index(name);
     if (m_Section >= 0) return;
-    AppendSection(name, DStringArray());
-    m_Section = m_Sections.Count() - 1;
+    if (AppendSection(name, DStringArray())) m_Section = m_Sections.Count() - 1;
 }
 
 bool DIni::SectionExists(const DString& name) const { return m_Sections.Index(name) >= 0; }
@@ -40,13 +48,15 @@ DStringArray DIni::GetFullSection(const DString& name) const {
 }
 
 void DIni::SetFullSection(const DString& name, const DStringArray& lines) {
+    const MemoryWatch memory;
     DStringArray list(lines);   // may be a section's own lines, which the appending moves
     list.ReSize(list.Count());  // a table takes no single lines later
+    if (!memory.Whole()) return;
     const int index = m_Sections.Index(name);
     if (index < 0) {
-        AppendSection(name, list);
+        if (!AppendSection(name, list)) return;
     } else {
-        m_Lines[index] = list;
+        m_Lines[index].SwapData(list);  // a copy could be refused, and lose the lines
     }
     WriteThrough();
 }
@@ -173,14 +183,17 @@ void DIni::PutKeyLine(const DString& key, const DString& value, DString& line) {
 
 void DIni::SetKeyValue(const DString& key, const DString& value) {
     if (!HasSection()) return;
+    const MemoryWatch memory;
     int start = 0;
     const int index = keyindex(key, start);
     if (index < 0) {
-        m_Lines[m_Section].Add(key + "=" + value);
+        const DString line = key + "=" + value;
+        if (!memory.Whole()) return;
+        m_Lines[m_Section].Add(line);
     } else {
         PutKeyLine(key, value, m_Lines[m_Section][index]);
     }
-    WriteThrough();
+    if (memory.Whole()) WriteThrough();
 }
 
 void DIni::DeleteKey(const char* section, const DString& key) {

@@ -107,8 +107,9 @@ private:
     const DString& Line(int index) const { return m_Lines[m_Section][index]; }
     bool FindValue(const DString& key, DString& value) const;
     static void PutKeyLine(const DString& key, const DString& value, DString& line);
+    void Detach();
     bool ReadFrom(DString& fileName);
-    void AppendSection(const DString& name, const DStringArray& lines);
+    bool AppendSection(const DString& name, const DStringArray& lines);
     void WriteThrough();
     template <typename Put>
     void PutText(Put put) const;

@@ -10,6 +10,7 @@
 #include "system/DFile.h"
 #include "system/DIni.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -63,6 +64,7 @@ public:
         if (m_Section + 1 == m_Sections.Count()) {
             m_Sections.AddBlank(1);
             m_Lines.AddBlank(1);
+            if (m_Lines.Count() < m_Section + 2 || m_Sections.Count() < m_Section + 2) return;
             m_Lines.Last().m_Grain = LinesGrain;
         }
         ++m_Section;
@@ -77,6 +79,7 @@ public:
         if (m_Line == lines.Count()) {
             if (m_Line == lines.Capacity()) lines.Reserve(2 * m_Line);
             lines.AddBlank(1);
+            if (m_Line == lines.Count()) return;
         }
         Put(line, lines[m_Line]);
         ++m_Line;
@@ -127,6 +130,7 @@ void ReadInPlace(const DString& fileName, DString& text) {
     DFile file;
     struct stat status;
     file.m_Stream = fopen64(fileName, "rb");
+    if (!file.m_Stream) NoteFailedOpen();
     const bool open = file.m_Stream && fstat(fileno(file.m_Stream), &status) == 0;
     const int length = open ? static_cast<int>(status.st_size) : 0;
     char* buffer = length > 0 ? text.GetBuffer(length) : nullptr;
@@ -182,18 +186,26 @@ bool TakeOut(DStringArray& list, const DString& element) {
 }  // namespace
 
 bool DIni::SetFileName(const DString& name) {
+    const MemoryWatch memory;
     DString corrected(name);  // may be m_FileName or a line of this document
     m_Section = -1;
-    if (corrected.IsEmpty() || !ReadFrom(corrected)) {
-        m_Sections.Clear();
-        m_Lines.Clear();
-        m_FileName = "";
-        return false;
+    if (!corrected.IsEmpty() && ReadFrom(corrected)) {
+        loadstring();
+        if (memory.Whole()) {
+            m_FileName = corrected;
+            if (!KeepsHolding(m_FileName)) m_Hold = false;
+            return true;
+        }
     }
-    m_FileName = corrected;
-    loadstring();
-    if (!KeepsHolding(m_FileName)) m_Hold = false;
-    return true;
+    Detach();  // what lacks a part must not replace the file
+    return false;
+}
+
+void DIni::Detach() {
+    m_Sections.Clear();
+    m_Lines.Clear();
+    m_Section = -1;
+    m_FileName = "";
 }
 
 // Takes the text of a file, which is made if it is missing; false if it can't be.

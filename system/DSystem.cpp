@@ -7,6 +7,7 @@
 
 #include "core/CoreGlobal.h"
 #include "system/DIni.h"
+#include "types/MemoryWatch.h"
 #include "types/StartUp.h"
 
 namespace {
@@ -23,15 +24,23 @@ DString ExecutablePath() {
     return length < 1 ? DString() : DString(path, static_cast<int>(length));
 }
 
+void SetKey(const char* key, const char* value) {
+    const MemoryWatch memory;
+    const DString name(key);
+    const DString text(value);
+    if (memory.Whole()) TrIni.SetKeyValue(name, text);
+}
+
 void WriteFirstSettings() {
     for (const char* key : {"Path", "Experiment", "Query", "Shot", "Macro"}) {
-        TrIni.SetKeyValue(key, "*");
+        SetKey(key, "*");
     }
     TrIni.SetSection("Preferences");
-    TrIni.SetKeyValue("UseLocalSettings", "True");
+    SetKey("UseLocalSettings", "True");
 }
 
 void OpenMainSettings() {
+    const MemoryWatch memory;
     CreateFolder(m_UserPath);
     DString file = AppendPathElts(m_UserPath, "Tarsel.ini");
     const bool existed = FileExists(file);
@@ -40,7 +49,7 @@ void OpenMainSettings() {
     if (!existed) WriteFirstSettings();
     TrIni.SetSection("Preferences");
     m_WorkingPath = TrIni.GetKeyValue("WorkingPath", m_UserPath);
-    CreateFolder(m_WorkingPath);
+    if (memory.Whole()) CreateFolder(m_WorkingPath);
     PublicWrite = TrIni.GetKeyBoolValue("PublicWriteAccess", false);
 }
 
@@ -71,7 +80,10 @@ void SetTarselPath(const DString& path) {
 }
 
 void SetUserPath() {
-    m_UserPath = GetLocalSettingsPath();
+    const MemoryWatch memory;
+    const DString path = GetLocalSettingsPath();
+    if (!memory.Whole()) return;
+    m_UserPath = path;
     if (!Silent) OpenMainSettings();
 }
 

@@ -4,6 +4,7 @@
 
 #include "system/DSystem.h"
 #include "system/FolderEntries.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -16,8 +17,9 @@ bool FindEntry(const DString& folder, const DString& leaf, bool (*counts)(EntryK
     const EntryPattern pattern(leaf);
     while (const char* entry = reader.Next()) {
         if (!pattern.Matches(entry)) continue;
+        const MemoryWatch memory;
         const DString path = folder + "/" + entry;
-        if (!counts(KindOf(path))) continue;
+        if (!memory.Whole() || !counts(KindOf(path))) continue;
         name = path;
         return true;
     }

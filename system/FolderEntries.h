@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 /// What a name stands for, links unfollowed.
 enum class EntryKind {
@@ -97,7 +98,9 @@ private:
 /// An open folder; it is closed when the object dies.
 class FolderReader {
 public:
-    explicit FolderReader(const DString& folder) : m_Folder(opendir(folder)) {}
+    explicit FolderReader(const DString& folder) : m_Folder(opendir(folder)) {
+        if (!m_Folder) NoteFailedOpen();
+    }
     ~FolderReader() {
         if (m_Folder) closedir(m_Folder);
     }

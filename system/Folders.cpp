@@ -1,13 +1,14 @@
 // Making, listing, deleting, renaming and copying files and folders.
+#include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <stdio.h>
 #include <unistd.h>
 
 #include "core/CoreGlobal.h"
-#include "system/DFile.h"
 #include "system/DSystem.h"
 #include "system/FolderEntries.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -34,6 +35,7 @@ bool WalkMatches(const DString& pattern, bool (*counts)(EntryKind), Take take) {
     DString folder;
     DString leaf;
     SplitPathElts(pattern, folder, leaf);
+    const MemoryWatch memory;
     FolderReader reader(folder);
     if (!reader.IsOpen()) return false;
     const EntryPattern wanted(leaf);
@@ -43,10 +45,13 @@ bool WalkMatches(const DString& pattern, bool (*counts)(EntryKind), Take take) {
         struct stat status;
         path.Truncate(start);
         path += entry;
-        if (lstat(path, &status) != 0) return false;
-        if (counts(KindOf(status)) && wanted.Matches(entry)) take(DString(entry), status);
+        if (!memory.Whole() || lstat(path, &status) != 0) return false;
+        if (counts(KindOf(status)) && wanted.Matches(entry)) {
+            const DString name(entry);
+            if (memory.Whole()) take(name, status);
+        }
     }
-    return true;
+    return memory.Whole();
 }
 
 bool ListMatches(const DString& pattern, bool (*counts)(EntryKind), DStringArray& result,
@@ -62,30 +67,53 @@ bool ListMatches(const DString& pattern, bool (*counts)(EntryKind), DStringArray
 // All entries but "." and "..". They are gathered before anything is done with them, so that no
 // folder stays open while the work goes on below it.
 bool GetEntries(const DString& folder, DStringArray& entries) {
+    const MemoryWatch memory;
     FolderReader reader(folder);
     if (!reader.IsOpen()) return false;
     while (const char* entry = reader.Next()) {
         const DString name(entry);
         if (!IsDotEntry(name)) entries.Add(name);
     }
-    return true;
+    return memory.Whole();
 }
 
 // ---- Copying
 
-// A stream on a file that never waits for the other end of a FIFO.
-bool OpenWithoutWaiting(DFile& file, const DString& name, int flags, const char* mode) {
-    const int descriptor = open(name, flags | O_NONBLOCK | O_CLOEXEC, 0666);
-    if (descriptor < 0) return false;
-    file.m_Stream = fdopen(descriptor, mode);
-    if (!file.m_Stream) close(descriptor);
-    return file.m_Stream;
+// An open file that never waits for the other end of a FIFO. It needs no memory, which could be
+// refused when the target is emptied already.
+class OpenFile {
+public:
+    OpenFile(const DString& name, int flags)
+        : m_Descriptor(open(name, flags | O_NONBLOCK | O_CLOEXEC, 0666)) {}
+    ~OpenFile() {
+        if (IsOpen()) close(m_Descriptor);
+    }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    bool IsOpen() const { return m_Descriptor >= 0; }
+
+    const int m_Descriptor;
+};
+
+bool WriteAll(int descriptor, const char* bytes, ssize_t count) {
+    while (count > 0) {
+        const ssize_t written = write(descriptor, bytes, static_cast<size_t>(count));
+        if (written < 0 && errno != EINTR) return false;
+        if (written <= 0) continue;
+        bytes += written;
+        count -= written;
+    }
+    return true;
 }
 
-void CopyStream(DFile& source, DFile& target) {
+void CopyBytes(const OpenFile& source, const OpenFile& target) {
     char buffer[32768];
-    while (const int count = source.BRead(buffer, sizeof buffer))
-        target.BWrite(buffer, count);
+    for (;;) {
+        const ssize_t count = read(source.m_Descriptor, buffer, sizeof buffer);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0 || !WriteAll(target.m_Descriptor, buffer, count)) return;
+    }
 }
 
 bool CopyLink(const DString& source, const DString& target) {
@@ -125,8 +153,10 @@ bool CopyTree(DString source, DString target, const struct stat* top) {
     if (!top && stat(target, &first) != 0) return false;
     if (!top) top = &first;
     for (int i = 0; i < entries.Count(); ++i) {
-        const DString& name = entries[i];
-        if (!CopyEntry(source + "/" + name, target + "/" + name, top)) return false;
+        const MemoryWatch memory;
+        const DString from = source + "/" + entries[i];
+        const DString to = target + "/" + entries[i];
+        if (!memory.Whole() || !CopyEntry(from, to, top)) return false;
     }
     return true;
 }
@@ -136,6 +166,7 @@ bool CopyTree(DString source, DString target, const struct stat* top) {
 bool CreateFolder(const DString& path) {
     constexpr mode_t NewFolderMode = 0777;
     constexpr mode_t PublicMode = 0666;
+    const MemoryWatch memory;
     DString corrected(path);
     if (FolderExists(corrected)) return true;
     if (corrected.EndsWith("/")) corrected.TruncateBy(1);
@@ -147,6 +178,7 @@ bool CreateFolder(const DString& path) {
     for (int i = 1; i < elements.Count(); ++i) {
         level += "/";
         level += elements[i];
+        if (!memory.Whole()) return false;
         made = mkdir(level, NewFolderMode) == 0;
         if (PublicWrite) chmod(level, PublicMode);
     }
@@ -180,7 +212,9 @@ bool DeleteFolder(const DString& path) {
     DStringArray entries;
     if (!GetEntries(folder, entries)) return false;
     for (int i = 0; i < entries.Count(); ++i) {
+        const MemoryWatch memory;
         const DString entry = folder + "/" + entries[i];
+        if (!memory.Whole()) return false;
         const EntryKind kind = KindOf(entry);
         if (CountsAsFile(kind) && remove(entry) != 0) return false;
         if (CountsAsFolder(kind) && !DeleteFolder(entry)) return false;
@@ -189,18 +223,22 @@ bool DeleteFolder(const DString& path) {
 }
 
 bool RenameFile(const DString& oldName, const DString& newName) {
+    const MemoryWatch memory;
     DString source(oldName);
     DString target(newName);
     if (!FileExists(source)) return false;
     FileExists(target);
+    if (!memory.Whole()) return false;
     return rename(source, target) == 0;
 }
 
 bool RenameFolder(const DString& oldName, const DString& newName) {
+    const MemoryWatch memory;
     DString source(oldName);
     DString target(newName);
     if (!FolderExists(source)) return false;
     FolderExists(target);
+    if (!memory.Whole()) return false;
     if (IsProtected(source) || IsProtected(target)) return false;
     return rename(source, target) == 0;
 }
@@ -209,22 +247,24 @@ bool CopyFileD(const DString& source, const DString& target) {
     DString from(source);
     DString to(target);
     if (!FileExists(from)) return false;
+    const MemoryWatch memory;
     DString folder;
     DString name;
     SplitPathElts(to, folder, name);
-    CreateFolder(folder);
+    if (memory.Whole()) CreateFolder(folder);
     FileExists(to);
-    DFile reader;
-    if (!OpenWithoutWaiting(reader, from, O_RDONLY, "rb")) return false;
+    if (!memory.Whole()) return false;
+    const OpenFile reader(from, O_RDONLY);
+    if (!reader.IsOpen()) return false;
     struct stat fromStatus;
     struct stat toStatus;
-    if (fstat(fileno(reader.m_Stream), &fromStatus) == 0 && stat(to, &toStatus) == 0 &&
+    if (fstat(reader.m_Descriptor, &fromStatus) == 0 && stat(to, &toStatus) == 0 &&
         IsSameFile(fromStatus, toStatus)) {
         return true;
     }
-    DFile writer;
-    if (!OpenWithoutWaiting(writer, to, O_WRONLY | O_CREAT | O_TRUNC, "wb")) return false;
-    CopyStream(reader, writer);
+    const OpenFile writer(to, O_WRONLY | O_CREAT | O_TRUNC);
+    if (!writer.IsOpen()) return false;
+    CopyBytes(reader, writer);
     return true;
 }
 

@@ -8,6 +8,7 @@
 #include "core/CoreGlobal.h"
 #include "system/DIni.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -37,7 +38,7 @@ DString AppendPathElts(const DString& a, const DString& b) {
     const int64_t length = int64_t{1} + a.GetLength() + b.GetLength();
     DString path;
     char* text = length <= npos ? path.GetBuffer(static_cast<int>(length)) : nullptr;
-    if (!text) return path;
+    if (!text) return path;  // half a path would name something else
     memcpy(text, a, static_cast<size_t>(a.GetLength()));
     text += a.GetLength();
     *text++ = '/';
@@ -46,16 +47,22 @@ DString AppendPathElts(const DString& a, const DString& b) {
 }
 
 DString AppendPathElts(const DString& a, const DString& b, const DString& c) {
-    return AppendPathElts(AppendPathElts(a, b), c);
+    const MemoryWatch memory;
+    const DString path = AppendPathElts(AppendPathElts(a, b), c);
+    return memory.Whole() ? path : DString();
 }
 
 DString AppendPathElts(const DString& a, const DString& b, const DString& c, const DString& d) {
-    return AppendPathElts(AppendPathElts(a, b, c), d);
+    const MemoryWatch memory;
+    const DString path = AppendPathElts(AppendPathElts(a, b, c), d);
+    return memory.Whole() ? path : DString();
 }
 
 DString AppendPathElts(const DString& a, const DString& b, const DString& c, const DString& d,
                        const DString& e) {
-    return AppendPathElts(AppendPathElts(a, b, c, d), e);
+    const MemoryWatch memory;
+    const DString path = AppendPathElts(AppendPathElts(a, b, c, d), e);
+    return memory.Whole() ? path : DString();
 }
 
 void SplitPathElts(const DString& path, DString& folder, DString& name) {

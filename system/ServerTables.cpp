@@ -3,6 +3,7 @@
 #include "system/DFile.h"
 #include "system/DIni.h"
 #include "system/DSystem.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -40,6 +41,7 @@ void GetPaths(DStringArray& result) {
 }
 
 void GetNodes(DStringArray& result, int count) {
+    const MemoryWatch memory;
     result.Clear();
     DStringArray lines = TrIni.GetFullSection("Nodes");
     if (lines.Count() == 0) lines.Add(GetComputerNameD() + "=Node");
@@ -48,7 +50,9 @@ void GetNodes(DStringArray& result, int count) {
         if (!IsBlank(name)) result.Add(name);
     }
     RepeatNames(result, count);
-    DFile::WriteText(AppendPathElts(GetUserPath(), "MPIHosts.txt"), result.Join("\n"));
+    const DString path = AppendPathElts(GetUserPath(), "MPIHosts.txt");
+    const DString text = result.Join("\n");
+    if (memory.Whole()) DFile::WriteText(path, text);
 }
 
 void SetDefaultPath(const DString& key, const DString& path) {

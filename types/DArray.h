@@ -25,6 +25,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "types/MemoryWatch.h"
+
 template <typename T>
 class DArray {
 public:
@@ -184,11 +186,13 @@ int64_t DArray<T>::CapacityFor(int64_t n) const {
 template <typename T>
 T* DArray<T>::alloc(long n) {
     const int64_t capacity = CapacityFor(std::max(n, 0L));
-    if (capacity < 0) return nullptr;
-    const size_t bytes = ByteCount(capacity);
-    T* data = static_cast<T*>(m_ZeroAlloc ? ::calloc(1, bytes) : ::malloc(bytes));
+    void* data = nullptr;
+    if (capacity >= 0) {
+        data = m_ZeroAlloc ? ::calloc(1, ByteCount(capacity)) : ::malloc(ByteCount(capacity));
+    }
     if (data) m_Capacity = capacity;
-    return data;
+    if (!data) ++RefusedBlocks;
+    return static_cast<T*>(data);
 }
 
 // Storage for `n` blanks in an array that has none. Blanks of a plain type come zeroed from the
@@ -209,9 +213,12 @@ template <typename T>
 bool DArray<T>::Grow(int64_t n) {
     if (n <= m_Capacity) return true;
     const int64_t capacity = CapacityFor(n);
-    if (capacity < 0) return false;
-    T* data = static_cast<T*>(::realloc(Bytes(m_Data), ByteCount(capacity)));
-    if (!data) return false;
+    void* moved = capacity < 0 ? nullptr : ::realloc(Bytes(m_Data), ByteCount(capacity));
+    if (!moved) {
+        ++RefusedBlocks;
+        return false;
+    }
+    T* data = static_cast<T*>(moved);
     if (m_ZeroAlloc) memset(Bytes(data + m_Count), 0, ByteCount(capacity - m_Count));
     m_Data = data;
     m_Capacity = capacity;
@@ -322,7 +329,10 @@ void DArray<T>::InsertOwn(const T* src, int64_t at, int64_t n) {
     n = WholeColumns(LimitToOwn(src, n));
     if (n <= 0) return;
     T* copies = static_cast<T*>(::malloc(ByteCount(n)));
-    if (!copies) return;
+    if (!copies) {
+        ++RefusedBlocks;
+        return;
+    }
     MakeCopies(copies, src, n);
     if (T* gap = OpenGap(at, n)) {
         memcpy(Bytes(gap), Bytes(copies), ByteCount(n));

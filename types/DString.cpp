@@ -11,6 +11,8 @@
 #include <new>
 #include <utility>
 
+#include "types/MemoryWatch.h"
+
 // Constant-initialised, so that all of these are ready before the first static constructor of the
 // process and live past its last destructor.
 constinit const int npos = std::numeric_limits<int>::max();
@@ -19,6 +21,7 @@ constinit const int LenLD = 2;
 constinit const DTextBlock DEmpty = {-1, 0, 0, {}};
 constinit const char* const DEmptyString = DEmpty.m_Text;
 constinit char* DString::m_pFreeList = nullptr;
+constinit long RefusedBlocks = 0;
 
 namespace {
 
@@ -51,9 +54,13 @@ char* DString::NewBlock(long size) {
     if (size == SmallestBlock && text) {
         memcpy(&m_pFreeList, text, sizeof m_pFreeList);
     } else {
-        if (size > std::numeric_limits<int>::max()) return nullptr;
-        char* block = new (std::nothrow) char[static_cast<size_t>(StorageSize(size))];
-        if (!block) return nullptr;
+        char* block = size > std::numeric_limits<int>::max()
+                          ? nullptr
+                          : new (std::nothrow) char[static_cast<size_t>(StorageSize(size))];
+        if (!block) {
+            ++RefusedBlocks;
+            return nullptr;
+        }
         text = block + HeaderSize;
     }
     DTextBlock* header = reinterpret_cast<DTextBlock*>(text - HeaderSize);
@@ -149,7 +156,10 @@ DString& DString::Copy(const DString& other) {
 void DString::ConcatSelf(int n, const char* src) {
     if (n < 1 || !src) return;
     const int length = GetLength();
-    if (n > npos - length) return;
+    if (n > npos - length) {
+        ++RefusedBlocks;
+        return;
+    }
     const long size = BlockSize(length + n);
     if (Fits(size)) {
         memmove(m_Text + length, src, static_cast<size_t>(n));
