@@ -290,6 +290,7 @@ private:
     DString ChooseBranch(const DString& text, int question, ValueCallback callback);
     float ParseObjectTerm(DString text, int backslash);
     void AppendLabelValue(DString& label, const DString& contents);
+    bool GetTraceParameter(const DString& name, const DString& parameter, float& value);
     int FindMemoryObject(const DString& name, DataType type) const;
     int FindObject(const void* object, DataType type, int start) const;
 };
