@@ -119,11 +119,10 @@ public:
     // ---- Files
 
     /// Reads `name` with ".dmt" appended. Along the last dimension, layers from `start` up to, but
-    /// without, `stop` are read, at least one; -1 and 0 read all, and 0 and 0 the first one alone,
-    /// which is the cheapest read that gives the header. A name with a range behind it, as in
-    /// "M[2,5]", reads from 2 up to 5 whatever the arguments say; a number that is missing there
-    /// counts as 0 or -1. A part keeps the first coordinates of the axis, and m_OrigSize the full
-    /// size.
+    /// without, `stop` are read, at least one; -1 and 0 read all, and 0 and 0 the first one alone.
+    /// A name with a range behind it, as in "M[2,5]", reads from 2 up to 5 whatever the arguments
+    /// say; a number that is missing there counts as 0 or -1. A part keeps the first coordinates of
+    /// the axis, and m_OrigSize the full size.
     ///
     /// False if the file can't be opened; the object then stays as it was. True otherwise: a file
     /// that announces 4 dimensions or more leaves everything but m_NDims as it was, one that
@@ -134,6 +133,9 @@ public:
     bool Read(DString name, int stop, int start);
     /// The same from a stream that stands at the start of a file.
     void Read(DFile& file, int stop, int start);
+    /// Read(name, 0, 0), but no values are read, and there are none then: header and axes are as if
+    /// the first layer, or the range of the name, were in memory.
+    bool ReadHeader(DString name);
     /// Writes `name` with ".dmt" appended and sets m_Date. False if the file can't be opened.
     bool Write(DString name);
     /// The same to a stream.
@@ -171,6 +173,7 @@ private:
     int UsedDims() const;
     int64_t Total() const;
     void SizeValues(int64_t total);
+    int ReadHeader(DFile& file, int stop, int& start);
     static void CutAxis(MDim& axis, int stop, int& start);
     void ReadValues(DFile& file, int layers, int start);
 };

@@ -127,37 +127,56 @@ void TakeRange(DString& name, int& stop, int& start) {
     name.Truncate(open);
 }
 
+// Opens the file of a name that may hold a range.
+bool OpenPart(DFile& file, DString name, int& stop, int& start) {
+    TakeRange(name, stop, start);
+    name += ".dmt";
+    return file.Open(name, OpenToRead);
+}
+
 }  // namespace
 
 // ---- Reading
 
 bool Matrix::Read(DString name, int stop, int start) {
-    TakeRange(name, stop, start);
-    name += ".dmt";
     DFile file;
-    if (!file.Open(name, OpenToRead)) return false;
+    if (!OpenPart(file, name, stop, start)) return false;
     Read(file, stop, start);
     return true;
 }
 
 void Matrix::Read(DFile& file, int stop, int start) {
+    const int dims = ReadHeader(file, stop, start);
+    if (dims == 0) SizeValues(0);
+    if (dims > 0) ReadValues(file, m_Dims[dims - 1].Count(), start);
+}
+
+bool Matrix::ReadHeader(DString name) {
+    int stop = 0;
+    int start = 0;
+    DFile file;
+    if (!OpenPart(file, name, stop, start)) return false;
+    ReadHeader(file, stop, start);
+    SizeValues(0);
+    return true;
+}
+
+// What stands ahead of the values. The result is the number of dimensions, negative if they are too
+// many to be read.
+int Matrix::ReadHeader(DFile& file, int stop, int& start) {
     int32_t version = FileVersion;
     ReadField(file, version);
     SkipBytes(file, ReadLengthField<int32_t>(file));
     int32_t dims = 0;
     if (ReadField(file, dims)) m_NDims = dims;
-    if (dims > MostDims) return;
+    if (dims > MostDims) return -1;
     dims = std::max(dims, 0);
     for (int i = 0; i < dims; ++i)
         ReadAxis(file, m_Dims[i]);
     ReadNumbers(file, *this, version);
     ReadTexts(file, *this);
-    if (dims == 0) {
-        SizeValues(0);
-        return;
-    }
-    CutAxis(m_Dims[dims - 1], stop, start);
-    ReadValues(file, m_Dims[dims - 1].Count(), start);
+    if (dims > 0) CutAxis(m_Dims[dims - 1], stop, start);
+    return dims;
 }
 
 // Cuts the last axis to the wanted range. Its first coordinates stay, also where the range begins

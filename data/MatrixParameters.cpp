@@ -35,7 +35,7 @@ constexpr MatrixParameter MatrixParameters[] = {
     {"su", [](Values m) { return m.m_ScaleUnit; }},
     {"mx", [](Values m) { return m.m_Max; }},
     {"mn", [](Values m) { return m.m_Min; }},
-    // Rows are counted in memory, columns and layers in the file: one layer is read to answer.
+    // Rows are counted in memory, columns and layers in the file.
     {"rc", [](Values m) { return static_cast<float>(m.GetSize(1)); }},
     {"rs", [](Values m) { return m.m_Dims[0].m_Step; }},
     {"rb", [](Values m) { return FirstCoord(m.m_Dims[0]); }},

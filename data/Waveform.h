@@ -150,7 +150,13 @@ public:
     /// at; what isn't a number there counts as 0. -DFMax for an unknown name and for an empty
     /// trace. Measurements work in single precision.
     float GetTraceParam(DString const& name) const;
-    /// The same for a pair of traces of equal length, of which this one is the ordinate and
+    /// The parameter of that name is measured on the samples; what the header alone answers isn't,
+    /// nor is an unknown name.
+    static bool NeedsSamples(DString const& name);
+    /// GetTraceParam of the trace in the file, for one that was read without its samples: as many
+    /// as m_HeaderPoints tells count as there. -DFMax also for a parameter that needs samples.
+    float GetHeaderParam(DString const& name) const;
+    /// GetTraceParam for a pair of traces of equal length, of which this one is the ordinate and
     /// `xAxis`, with the samples u, the abscissa:
     ///
     ///   st ft             first and last sample of `xAxis`

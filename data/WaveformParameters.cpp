@@ -50,9 +50,12 @@ float ReversedAbscissa(const float* x, const float* y, int k, float level) {
 
 // ---- Measured quantities
 
-float FinalTime(const Waveform& trace) {
-    return static_cast<float>(trace.Count() - 1) * trace.m_TimePerPoint + trace.StartTime();
+// The time of the last of so many samples.
+float FinalTime(const Waveform& trace, int points) {
+    return static_cast<float>(points - 1) * trace.m_TimePerPoint + trace.StartTime();
 }
+
+float FinalTime(const Waveform& trace) { return FinalTime(trace, trace.Count()); }
 
 float TimeOfIndex(const Waveform& trace, int index) {
     return static_cast<float>(index) * trace.m_TimePerPoint + trace.StartTime();
@@ -172,29 +175,38 @@ const Entry* FindEntry(const Entry (&table)[Size], const DString& name) {
     return entry == std::end(table) ? nullptr : entry;
 }
 
-struct TraceParameter {
+using Trace = const Waveform&;
+
+/// A parameter that the header answers, for a trace of so many samples.
+struct HeaderParameter {
     const char* m_Name;
-    float (*m_Value)(const Waveform& trace, float argument);
+    float (*m_Value)(Trace trace, int points, float argument);
+};
+
+/// A parameter that is measured on the samples.
+struct SampleParameter {
+    const char* m_Name;
+    float (*m_Value)(Trace trace, float argument);
 };
 
 template <int Index>
-float FreeNumber(const Waveform& trace, float) {
+float FreeNumber(Trace trace, int, float) {
     return trace.m_Params[Index];
 }
 
 template <float Waveform::*Field>
-float Stored(const Waveform& trace, float) {
+float Stored(Trace trace, int, float) {
     return trace.*Field;
 }
 
-template <float (*Quantity)(const Waveform&)>
-float Measured(const Waveform& trace, float) {
+template <float (*Quantity)(Trace)>
+float Measured(Trace trace, float) {
     return Quantity(trace);
 }
 
-float Percent(const Waveform& trace, float argument) { return argument * 0.01f * trace.m_Max; }
+float Percent(Trace trace, float argument) { return argument * 0.01f * trace.m_Max; }
 
-constexpr TraceParameter TraceParameters[] = {
+constexpr HeaderParameter HeaderParameters[] = {
     {"t1", FreeNumber<0>},
     {"t2", FreeNumber<1>},
     {"t3", FreeNumber<2>},
@@ -207,13 +219,13 @@ constexpr TraceParameter TraceParameters[] = {
     {"ta", FreeNumber<9>},
     {"tb", FreeNumber<10>},
     {"tc", FreeNumber<11>},
-    {"st", [](const Waveform& w, float) { return w.StartTime(); }},
-    {"it", [](const Waveform& w, float) { return w.m_ScopePT + w.m_InitialStart + w.m_ScopeTD; }},
+    {"st", [](Trace w, int, float) { return w.StartTime(); }},
+    {"it", [](Trace w, int, float) { return w.m_ScopePT + w.m_InitialStart + w.m_ScopeTD; }},
     {"ts", Stored<&Waveform::m_TimeShift>},
     {"is", Stored<&Waveform::m_InitialStart>},
     {"pt", Stored<&Waveform::m_ScopePT>},
     {"td", Stored<&Waveform::m_ScopeTD>},
-    {"ft", Measured<FinalTime>},
+    {"ft", [](Trace w, int points, float) { return FinalTime(w, points); }},
     {"su", Stored<&Waveform::m_ScaleUnit>},
     {"mx", Stored<&Waveform::m_Max>},
     {"mn", Stored<&Waveform::m_Min>},
@@ -222,25 +234,35 @@ constexpr TraceParameter TraceParameters[] = {
     {"tp", Stored<&Waveform::m_TimePerPoint>},
     {"bl", Stored<&Waveform::m_Baseline>},
     {"sv", Stored<&Waveform::m_ScopeSV>},
-    {"tm", [](const Waveform& w, float) { return TimeOfIndex(w, w.m_MaxIndex); }},
-    {"tn", [](const Waveform& w, float) { return TimeOfIndex(w, w.m_MinIndex); }},
-    {"19", [](const Waveform& w, float) { return RiseTime(w, 0.1f, 0.9f); }},
-    {"28", [](const Waveform& w, float) { return RiseTime(w, 0.2f, 0.8f); }},
-    {"av", [](const Waveform& w, float) { return w.Avg(w.StartTime(), FinalTime(w)); }},
+    {"tm", [](Trace w, int, float) { return TimeOfIndex(w, w.m_MaxIndex); }},
+    {"tn", [](Trace w, int, float) { return TimeOfIndex(w, w.m_MinIndex); }},
+    {"lt", [](Trace w, int, float a) { return TimeOfLastSampleBefore(w, a); }},
+};
+
+constexpr SampleParameter SampleParameters[] = {
+    {"19", [](Trace w, float) { return RiseTime(w, 0.1f, 0.9f); }},
+    {"28", [](Trace w, float) { return RiseTime(w, 0.2f, 0.8f); }},
+    {"av", [](Trace w, float) { return w.Avg(w.StartTime(), FinalTime(w)); }},
     {"in", Measured<Integral>},
     {"ri", Measured<RadialIntegral>},
     {"pi", Measured<PeakIntegral>},
     {"sd", Measured<StandardDeviation>},
     {"wa", Measured<WeightedTime>},
     {"fh", Measured<FullWidthAtHalfMaximum>},
-    {"vt", [](const Waveform& w, float a) { return w.ValAtTime(a); }},
-    {"tv", [](const Waveform& w, float a) { return w.TimeAtVal(a); }},
-    {"t%", [](const Waveform& w, float a) { return w.TimeAtVal(Percent(w, a)); }},
-    {"bv", [](const Waveform& w, float a) { return w.TimeAtValR(a); }},
-    {"b%", [](const Waveform& w, float a) { return w.TimeAtValR(Percent(w, a)); }},
-    {"la", [](const Waveform& w, float a) { return w.Avg(w.StartTime(), a); }},
-    {"lt", TimeOfLastSampleBefore},
+    {"vt", [](Trace w, float a) { return w.ValAtTime(a); }},
+    {"tv", [](Trace w, float a) { return w.TimeAtVal(a); }},
+    {"t%", [](Trace w, float a) { return w.TimeAtVal(Percent(w, a)); }},
+    {"bv", [](Trace w, float a) { return w.TimeAtValR(a); }},
+    {"b%", [](Trace w, float a) { return w.TimeAtValR(Percent(w, a)); }},
+    {"la", [](Trace w, float a) { return w.Avg(w.StartTime(), a); }},
 };
+
+// The parameter of the header in a trace of so many samples; -DFMax for any other name, and for a
+// trace without samples.
+float HeaderValue(const Waveform& trace, int points, const ParsedName& name) {
+    const HeaderParameter* parameter = FindEntry(HeaderParameters, name.m_Name);
+    return parameter && points != 0 ? parameter->m_Value(trace, points, name.m_Argument) : -DFMax;
+}
 
 // ---- Names of a pair of traces
 
@@ -260,8 +282,6 @@ float XYRiseTime(const Waveform& y, const Waveform& x, float from, float to) {
 
 // The percentage runs the other way than in Percent.
 float XYPercent(const Waveform& y, float argument) { return argument * 100.0f / y.m_Max; }
-
-using Trace = const Waveform&;
 
 constexpr XYParameter XYParameters[] = {
     {"st", [](Trace, Trace x, float) { return x[0]; }},
@@ -286,8 +306,17 @@ constexpr XYParameter XYParameters[] = {
 float Waveform::GetTraceParam(DString const& name) const {
     if (Count() == 0) return -DFMax;
     const ParsedName parsed = ParseName(name);
-    const TraceParameter* parameter = FindEntry(TraceParameters, parsed.m_Name);
-    return parameter ? parameter->m_Value(*this, parsed.m_Argument) : -DFMax;
+    const SampleParameter* parameter = FindEntry(SampleParameters, parsed.m_Name);
+    return parameter ? parameter->m_Value(*this, parsed.m_Argument)
+                     : HeaderValue(*this, Count(), parsed);
+}
+
+bool Waveform::NeedsSamples(DString const& name) {
+    return FindEntry(SampleParameters, ParseName(name).m_Name) != nullptr;
+}
+
+float Waveform::GetHeaderParam(DString const& name) const {
+    return HeaderValue(*this, std::max(m_HeaderPoints, 0), ParseName(name));
 }
 
 float Waveform::GetXYTraceParam(DString const& name, Waveform const& xAxis) const {

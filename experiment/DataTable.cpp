@@ -1,6 +1,7 @@
 // The table of data objects that callers hold, and of objects kept in memory under "@" names.
 #include <strings.h>
 
+#include "data/Waveform.h"
 #include "experiment/Experiment.h"
 #include "types/MemoryWatch.h"
 
@@ -69,6 +70,24 @@ void* Experiment::GetDataPtr(DString const& name, DataType type) {
     }
     m_DataPtrs.Remove(m_DataPtrs.Count() - 1, 1);
     return nullptr;
+}
+
+// A parameter of a trace, for which no more is read than it needs. False if there is no trace, or
+// none with points, of that name.
+bool Experiment::GetTraceParameter(const DString& name, const DString& parameter, float& value) {
+    const bool ofTable = name.IsEmpty() || IsMemoryName(name, DataWaveform);
+    if (!ofTable && !Waveform::NeedsSamples(parameter)) {
+        Waveform header(0);
+        const DString path = GetDataFileName(name);
+        if (path.IsEmpty() || !header.Read(path, 0) || header.m_HeaderPoints <= 0) return false;
+        value = header.GetHeaderParam(parameter);
+        return true;
+    }
+    void* object = GetDataPtr(name, DataWaveform);
+    if (!object) return false;
+    value = static_cast<const Waveform*>(object)->GetTraceParam(parameter);
+    ReleaseDataPtr("", DataWaveform, object);
+    return true;
 }
 
 void* Experiment::InitDataPtr(DString const& name, DataType type) {

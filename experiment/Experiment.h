@@ -298,6 +298,7 @@ private:
     bool IsConditionTrue(const DString& condition, ValueCallback callback);
     float ParseObjectTerm(DString text, int backslash);
     void AppendLabelValue(DString& label, const DString& contents);
+    bool GetTraceParameter(const DString& name, const DString& parameter, float& value);
     int FindMemoryObject(const DString& name, DataType type) const;
     int FindObject(const void* object, DataType type, int start) const;
 };

@@ -12,7 +12,6 @@
 #include "core/CoreGlobal.h"
 #include "data/Matrix.h"
 #include "data/ParticleGroup.h"
-#include "data/Waveform.h"
 #include "experiment/Experiment.h"
 #include "types/StartUp.h"
 
@@ -424,7 +423,7 @@ float Experiment::ParseSingle(DString text, ValueCallback callback) {
 }
 
 // A data reference, the backslash, and a parameter of the data object: of a trace, or else of a
-// matrix, or else of a particle group. Of those two no more than the header and a layer is read.
+// matrix, or else of a particle group. No more is read than the parameter needs.
 float Experiment::ParseObjectTerm(DString text, int backslash) {
     const int last = text.GetLength() - 1;
     if (text[last] == CloseArgument) {
@@ -433,15 +432,11 @@ float Experiment::ParseObjectTerm(DString text, int backslash) {
     }
     const DString name = CleanDataFileName(text.Left(backslash));
     const DString parameter = text.Mid(backslash + 1, npos);
-    if (void* object = GetDataPtr(name, DataWaveform)) {
-        const float value = static_cast<const Waveform*>(object)->GetTraceParam(parameter);
-        ReleaseDataPtr("", DataWaveform, object);
-        return value;
-    }
+    if (float value = 0; GetTraceParameter(name, parameter, value)) return value;
     const DString path = GetDataFileName(name);
     if (path.IsEmpty()) return InvalidValue;
     Matrix matrix(1, 1, 1);
-    if (matrix.Read(path, 0, 0)) return matrix.GetMatrixParam(parameter);
+    if (matrix.ReadHeader(path)) return matrix.GetMatrixParam(parameter);
     ParticleGroup group(0);
     return group.Read(path, 0, 0) ? group.GetPGroupParam(parameter) : InvalidValue;
 }
