@@ -1,15 +1,13 @@
 // DString's memory: text blocks, sharing, construction, assignment and concatenation.
+#define TARSEL_ALSO_EMITTED __attribute__((used))
 #include "types/DString.h"
 
 #include <stdint.h>
-#include <string.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <bit>
 #include <limits>
 #include <new>
-#include <utility>
 
 #include "types/MemoryWatch.h"
 
@@ -32,35 +30,35 @@ constexpr long BlockSize(int n) {
     return SmallestBlock * ((static_cast<long>(n) + 25) / SmallestBlock) + SmallestBlock;
 }
 
-// The storage behind a block of `size` bytes: a quarter of the next smaller power of two is the
-// step, so that a text that grows by single appends is copied now and then, and not at each block
-// size.
+// The storage behind a block of `size` bytes. Long blocks have room to grow to, so that a text that
+// grows by single appends is copied now and then, and not at each block size.
 constexpr long StorageSize(long size) {
-    const long step = static_cast<long>(std::bit_floor(static_cast<unsigned long>(size))) / 4;
-    return step <= SmallestBlock ? size : (size + step - 1) / step * step;
+    constexpr long SmallestWithRoom = 256;
+    if (size < SmallestWithRoom) return size;
+    const long step = static_cast<long>(std::bit_floor(static_cast<unsigned long>(size))) / 2;
+    return (size + step - 1) & -step;
 }
 
-int TextLength(const char* s) {
-    if (!s) return 0;
-    return static_cast<int>(strnlen(s, static_cast<size_t>(npos)));
+// Null where memory is refused. Kept out of the way of short blocks, which come off the free list.
+char* NewStorage(long size) {
+    char* storage = size > std::numeric_limits<int>::max()
+                        ? nullptr
+                        : new (std::nothrow) char[static_cast<size_t>(StorageSize(size))];
+    if (!storage) ++RefusedBlocks;
+    return storage;
 }
 
 }  // namespace
 
 // ---- Blocks
 
-char* DString::NewBlock(long size) {
+inline char* DString::NewBlock(long size) {
     char* text = m_pFreeList;
     if (size == SmallestBlock && text) {
         memcpy(&m_pFreeList, text, sizeof m_pFreeList);
     } else {
-        char* block = size > std::numeric_limits<int>::max()
-                          ? nullptr
-                          : new (std::nothrow) char[static_cast<size_t>(StorageSize(size))];
-        if (!block) {
-            ++RefusedBlocks;
-            return nullptr;
-        }
+        char* block = NewStorage(size);
+        if (!block) return nullptr;
         text = block + HeaderSize;
     }
     DTextBlock* header = reinterpret_cast<DTextBlock*>(text - HeaderSize);
@@ -85,10 +83,11 @@ void DString::SetLength(int n) {
     m_Text[n] = '\0';
 }
 
-// Whether the text can be `size` bytes long where it stands; if so, the block has that size.
-bool DString::Fits(long size) {
+// Whether `n` characters have their place where the text stands; if so, the block has their size.
+inline bool DString::Fits(int n) {
     if (IsUnset() || Block()->m_Refs > 1) return false;
     const long alloc = Block()->m_Alloc;
+    const long size = BlockSize(n);
     if (size <= alloc) return true;
     if (size > std::numeric_limits<int>::max() || StorageSize(size) != StorageSize(alloc)) {
         return false;
@@ -101,18 +100,10 @@ int DString::GetRefs() const { return m_Text ? Block()->m_Refs : 0; }
 
 int DString::GetAllocLength() const { return m_Text ? Block()->m_Alloc : 0; }
 
-void DString::Release() {
-    if (IsUnset()) return;
-    if (--Block()->m_Refs > 0) return;
-    FreeBlock(m_Text);
-    m_Text = nullptr;
-}
-
 bool DString::ReAlloc(int n) {
     n = std::max(n, 0);
-    const long size = BlockSize(n);
-    if (!Fits(size)) {
-        char* text = NewBlock(size);
+    if (!Fits(n)) {
+        char* text = NewBlock(BlockSize(n));
         if (!text) return false;
         if (m_Text) memcpy(text, m_Text, static_cast<size_t>(std::min(n, GetLength())));
         Release();
@@ -134,11 +125,10 @@ void DString::TruncateBy(int n) {
 void DString::AllocCopy(int n, const char* src) {
     if (src == m_Text) return;
     n = src ? std::max(n, 0) : 0;
-    const long size = BlockSize(n);
-    if (Fits(size)) {
+    if (Fits(n)) {
         memmove(m_Text, src ? src : DEmptyString, static_cast<size_t>(n));
     } else {
-        char* text = NewBlock(size);
+        char* text = NewBlock(BlockSize(n));
         if (!text) return;
         // src may be a piece of the old text, so that is released last.
         memcpy(text, src ? src : DEmptyString, static_cast<size_t>(n));
@@ -160,11 +150,10 @@ void DString::ConcatSelf(int n, const char* src) {
         ++RefusedBlocks;
         return;
     }
-    const long size = BlockSize(length + n);
-    if (Fits(size)) {
+    if (Fits(length + n)) {
         memmove(m_Text + length, src, static_cast<size_t>(n));
     } else {
-        char* text = NewBlock(size);
+        char* text = NewBlock(BlockSize(length + n));
         if (!text) return;
         memcpy(text, *this, static_cast<size_t>(length));
         memcpy(text + length, src, static_cast<size_t>(n));
@@ -181,10 +170,6 @@ void DString::SetChar(int i, char c) {
 }
 
 // ---- Construction and assignment
-
-DString::DString(const DString& other) : m_Text(other.m_Text) {
-    if (!IsUnset()) ++Block()->m_Refs;
-}
 
 // From null, since `s` may be the shared empty text, and the block is to be the string's own.
 DString::DString(const char* s, int n) : m_Text(nullptr) {
@@ -203,15 +188,11 @@ DString::DString(const DString& s, int start, int n) : DString() {
     if (start < 0) start = length;
     start = std::min(start, length);
     n = std::min(std::max(n, 0), length - start);
-    AllocCopy(n, n > 0 ? s.m_Text + start : "");
-}
-
-DString::~DString() { Release(); }
-
-DString& DString::operator=(const DString& other) {
-    DString old(other);
-    std::swap(m_Text, old.m_Text);
-    return *this;
+    char* text = NewBlock(BlockSize(n));
+    if (!text) return;
+    memcpy(text, s.m_Text + start, static_cast<size_t>(n));
+    m_Text = text;
+    SetLength(n);
 }
 
 DString& DString::operator=(const char* s) {
@@ -224,33 +205,7 @@ DString& DString::operator=(char c) {
     return *this;
 }
 
-// ---- Comparison
-
-bool DString::operator==(const DString& other) const {
-    if (!m_Text || GetLength() != other.GetLength()) return false;
-    return m_Text == other.m_Text || strcasecmp(m_Text, other) == 0;
-}
-
-bool DString::operator==(const char* s) const {
-    return m_Text && strcmp(m_Text, s ? s : DEmptyString) == 0;
-}
-
 // ---- Concatenation
-
-DString& DString::operator+=(const DString& other) {
-    ConcatSelf(other.GetLength(), other.m_Text);
-    return *this;
-}
-
-DString& DString::operator+=(const char* s) {
-    ConcatSelf(TextLength(s), s);
-    return *this;
-}
-
-DString& DString::operator+=(char c) {
-    ConcatSelf(1, &c);
-    return *this;
-}
 
 DString operator+(const DString& left, const DString& right) {
     DString result(left);

@@ -18,6 +18,15 @@
 /// that it had, and a new string is empty; nothing throws.
 #pragma once
 
+#include <string.h>
+#include <strings.h>
+
+/// What is short enough to be part of its callers is a function of the library as well, which hosts
+/// that don't inline link to.
+#ifndef TARSEL_ALSO_EMITTED
+#define TARSEL_ALSO_EMITTED
+#endif
+
 /// No position (not found), and the whole rest wherever a length is an int.
 extern const int npos;
 
@@ -49,7 +58,9 @@ public:
     /// The shared empty block.
     DString() : m_Text(const_cast<char*>(DEmptyString)) {}
     /// A share of `other`.
-    DString(const DString& other);
+    TARSEL_ALSO_EMITTED DString(const DString& other) : m_Text(other.m_Text) {
+        if (!IsUnset()) ++Block()->m_Refs;
+    }
     /// The first min(n, strlen(s)) bytes of `s`, in a block of its own even where that is no text.
     /// A null `s` counts as empty.
     DString(const char* s, int n = npos);
@@ -68,10 +79,16 @@ public:
     explicit DString(void* address);
 
     /// The same as Release.
-    ~DString();
+    TARSEL_ALSO_EMITTED ~DString() { Release(); }
 
     /// Shares `other`.
-    DString& operator=(const DString& other);
+    TARSEL_ALSO_EMITTED DString& operator=(const DString& other) {
+        DString share(other);
+        char* const old = m_Text;
+        m_Text = share.m_Text;
+        share.m_Text = old;
+        return *this;
+    }
     /// A private copy of `s`, which may be a piece of this text. Null counts as empty.
     DString& operator=(const char* s);
     DString& operator=(char c);
@@ -86,10 +103,15 @@ public:
     /// The byte at `i`, a zero byte out of range.
     char operator[](int i) const { return i >= 0 && i < GetLength() ? m_Text[i] : '\0'; }
     /// Equal lengths and equal letters without regard to case. False if this string is null.
-    bool operator==(const DString& other) const;
+    bool operator==(const DString& other) const {
+        if (!m_Text || GetLength() != other.GetLength()) return false;
+        return m_Text == other.m_Text || strcasecmp(m_Text, other) == 0;
+    }
     bool operator!=(const DString& other) const { return !(*this == other); }
     /// Equal with regard to case, up to the first zero byte. False if this string is null.
-    bool operator==(const char* s) const;
+    bool operator==(const char* s) const {
+        return m_Text && strcmp(m_Text, s ? s : DEmptyString) == 0;
+    }
     bool operator!=(const char* s) const { return !(*this == s); }
 
     // Memory
@@ -97,7 +119,11 @@ public:
     /// Gives up this owner's share. The last owner frees the block and becomes null; with owners
     /// left the pointer stays as it was, and the object must not be used, not even destroyed, until
     /// its place is constructed anew. DArray, which moves strings by bytes, relies on that.
-    void Release();
+    TARSEL_ALSO_EMITTED void Release() {
+        if (IsUnset() || --Block()->m_Refs > 0) return;
+        FreeBlock(m_Text);
+        m_Text = nullptr;
+    }
     /// Owners of the block; 0 for a null string, -1 for the shared empty block.
     int GetRefs() const;
     /// Bytes of the block, header included; 0 for a null string and the shared empty block.
@@ -125,9 +151,18 @@ public:
 
     // Appending
 
-    DString& operator+=(const DString& other);
-    DString& operator+=(const char* s);
-    DString& operator+=(char c);
+    DString& operator+=(const DString& other) {
+        ConcatSelf(other.GetLength(), other.m_Text);
+        return *this;
+    }
+    DString& operator+=(const char* s) {
+        ConcatSelf(TextLength(s), s);
+        return *this;
+    }
+    DString& operator+=(char c) {
+        ConcatSelf(1, &c);
+        return *this;
+    }
 
     /// Append the text form of a value: "%i".
     DString& operator<<(int value);
@@ -255,13 +290,17 @@ private:
     DTextBlock* Block() { return reinterpret_cast<DTextBlock*>(m_Text - HeaderSize); }
     void SetLength(int n);
     bool IsUnset() const { return !m_Text || m_Text == DEmptyString; }
-    bool Fits(long size);
+    bool Fits(int n);
     char* Extend(int n);
     int FindBounded(const char* found) const;
     template <typename T>
     DString& AppendFormatted(T value, const char* format, const char* conversions);
     DString& TidyExponent();
 
+    /// The length of a C text, null counting as empty, and npos at most.
+    static int TextLength(const char* s) {
+        return s ? static_cast<int>(strnlen(s, static_cast<size_t>(npos))) : 0;
+    }
     static char* NewBlock(long size);
     static void FreeBlock(char* text);
 

@@ -27,6 +27,56 @@ int MeasureWidth(const DStringArray& lines, const char* delim) {
     return width;
 }
 
+// Copies a text without its terminator; behind it.
+char* Copied(const DString& text, char* target) {
+    const size_t length = static_cast<size_t>(text.GetLength());
+    memcpy(target, text, length);
+    return target + length;
+}
+
+// Goes through the pieces of a text that have a delimiter behind them.
+class PieceWalk {
+public:
+    PieceWalk(const DString& text, const char* delim)
+        : m_Text(text),
+          m_End(m_Text + strlen(m_Text)),
+          m_Delim(delim),
+          m_DelimLength(strlen(delim)),
+          m_AtSpaces(strcmp(delim, " ") == 0),
+          m_Next(SkipSpaces(m_Text)) {}
+    /// False where no delimiter is left; the rest of the text then begins at Start.
+    bool Go() {
+        m_Start = m_Next;
+        m_Stop = FindDelimiter();
+        if (!m_Stop) return false;
+        m_Next = SkipSpaces(m_Stop + m_DelimLength);
+        return true;
+    }
+    int Start() const { return static_cast<int>(m_Start - m_Text); }
+    int Length() const { return static_cast<int>(m_Stop - m_Start); }
+
+private:
+    const char* FindDelimiter() const {
+        if (m_DelimLength > 1) return strstr(m_Start, m_Delim);
+        return static_cast<const char*>(
+            memchr(m_Start, *m_Delim, static_cast<size_t>(m_End - m_Start)));
+    }
+    const char* SkipSpaces(const char* p) const {
+        while (m_AtSpaces && *p == ' ')
+            ++p;
+        return p;
+    }
+
+    const char* m_Text;
+    const char* m_End;  // of what is searched: a zero byte ends it
+    const char* m_Delim;
+    size_t m_DelimLength;
+    bool m_AtSpaces;
+    const char* m_Next;
+    const char* m_Start = nullptr;
+    const char* m_Stop = nullptr;
+};
+
 }  // namespace
 
 int compfunc(const void* a, const void* b) {
@@ -36,59 +86,47 @@ int compfunc(const void* a, const void* b) {
 void DStringArray::Add(const DString& s) { DArray<DString>::Add(s, 1); }
 
 // A piece with a delimiter behind it goes to its place without a temporary. Only the count goes up:
-// the shape of an array that is being split is not kept.
-void DStringArray::AppendPiece(const DString& text, int start, int n) {
-    realloc(m_Count + 1);
-    if (m_Count == m_Capacity) return;
-    void* place = m_Data + m_Count;
-    if (n > 0) {
-        ::new (place) DString(text, start, n);
-    } else {
-        ::new (place) DString();
-    }
-    ++m_Count;
+// the shape of an array that is being split is not kept. Null where memory is refused.
+DString* DStringArray::AppendPiece(const DString& text, int start, int n) {
+    if (m_Count == m_Capacity) realloc(m_Count + 1);
+    if (m_Count == m_Capacity) return nullptr;
+    DString* place = m_Data + m_Count++;
+    return n > 0 ? ::new (static_cast<void*>(place)) DString(text, start, n)
+                 : ::new (static_cast<void*>(place)) DString();
 }
 
-void DStringArray::SplitAtSpaces(const DString& text) {
-    const auto skipSpaces = [&text](int from) {
-        while (text[from] == ' ')
-            ++from;
-        return from;
-    };
-    int start = skipSpaces(0);
-    for (int end = text.Find(' ', start); end != npos; end = text.Find(' ', start)) {
-        AppendPiece(text, start, end - start);
-        start = skipSpaces(end);
+// The room is made in one step, to the capacity that growing piece by piece would reach.
+void DStringArray::AppendPieces(const DString& text, const char* delim) {
+    const bool isLines = delim == LDelim;
+    if (isLines) delim = "\n";
+    int64_t count = m_Count;
+    for (PieceWalk walk(text, delim); walk.Go();)
+        ++count;
+    realloc(count - 1);
+    PieceWalk walk(text, delim);
+    while (walk.Go()) {
+        DString* piece = AppendPiece(text, walk.Start(), walk.Length());
+        if (piece && isLines) DropCarriageReturn(*piece);
     }
-    if (start < text.GetLength()) Add(text.Mid(start, npos));
-}
-
-void DStringArray::SplitAt(const DString& text, const char* delim, int delimLength) {
-    int start = 0;
-    for (int end = text.Find(delim, start); end != npos; end = text.Find(delim, start)) {
-        AppendPiece(text, start, end - start);
-        start = end + delimLength;
-    }
-    if (start < text.GetLength()) Add(text.Mid(start, npos));
+    if (walk.Start() >= text.GetLength()) return;
+    DString rest = text.Mid(walk.Start(), npos);
+    if (isLines) DropCarriageReturn(rest);
+    Add(rest);
 }
 
 void DStringArray::split(const DString& text, const char* delim, int n) {
     const DString whole(text);  // may be an element of this array
     if (n > 0) Reserve(n);
-    if (!whole.IsEmpty()) {
-        if (delim == LDelim) {
-            SplitAt(whole, "\n", 1);
-        } else if (!delim || !*delim) {
-            Add(whole);
-        } else if (strcmp(delim, " ") == 0) {
-            SplitAtSpaces(whole);
-        } else {
-            SplitAt(whole, delim, static_cast<int>(strlen(delim)));
-        }
-    }
     if (delim == LDelim && (n > 0 || !whole.IsEmpty())) {
         for (int i = 0; i < Count(); ++i)
             DropCarriageReturn(m_Data[i]);
+    }
+    if (!whole.IsEmpty()) {
+        if (delim && *delim) {
+            AppendPieces(whole, delim);
+        } else {
+            Add(whole);
+        }
     }
     if (n > 0 && Count() < n) ReSize(1, n);
 }
@@ -125,19 +163,16 @@ void DStringArray::MakeTable(DArray<DStringArray>& out, const char* delim, int n
 
 DString DStringArray::Join(const DString& sep) const {
     if (Count() == 0) return DString("");
-    DString result((*this)[0]);
-    if (Count() == 1) return result;
+    if (Count() == 1) return (*this)[0];
     int64_t length = static_cast<int64_t>(sep.GetLength()) * (m_Count - 1);
     for (int i = 0; i < Count(); ++i)
         length += (*this)[i].GetLength();
-    if (length > npos) return DString("");
-    // One allocation for the whole; the appends then stay inside it.
-    if (!result.ReAlloc(static_cast<int>(length))) return DString("");
-    result.Truncate((*this)[0].GetLength());
-    for (int i = 1; i < Count(); ++i) {
-        result += sep;
-        result += (*this)[i];
-    }
+    DString result;
+    char* target = length > npos ? nullptr : result.GetBuffer(static_cast<int>(length));
+    if (!target) return DString("");
+    target = Copied((*this)[0], target);
+    for (int i = 1; i < Count(); ++i)
+        target = Copied((*this)[i], Copied(sep, target));
     return result;
 }
 

@@ -50,9 +50,8 @@ public:
     void Sort(int (*cmp)(const void*, const void*) = nullptr);
 
 private:
-    void SplitAtSpaces(const DString& text);
-    void SplitAt(const DString& text, const char* delim, int delimLength);
-    void AppendPiece(const DString& text, int start, int n);
+    void AppendPieces(const DString& text, const char* delim);
+    DString* AppendPiece(const DString& text, int start, int n);
 };
 
 extern template class DArray<DStringArray>;
