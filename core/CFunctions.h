@@ -23,7 +23,8 @@
  * 6. Calls that can fail in a way the caller should know of return 1 for success and 0 for failure.
  *    What there is to say about a failure is printed on standard output. The others do nothing
  *    where they can't do their work.
- * 7. Nothing throws, aborts or exits.
+ * 7. Nothing throws, aborts or exits. Where memory is refused, a call does nothing or fails, and a
+ *    file that it writes is as before or whole.
  *
  * Not supported: several experiments at once, several threads, and being told that a result was
  * cut.

@@ -73,7 +73,8 @@ public:
     /// m_CurrentGroup is 0. Fields held back by a pause are dropped, and
     /// the fields' documents go on holding until a pause is begun and ended anew: end a pause
     /// first. An empty folder closes the experiment but leaves the tables; a folder that ends in
-    /// "/" changes nothing but m_ExperimentFolder and the names made of it. Always true.
+    /// "/" changes nothing but m_ExperimentFolder and the names made of it. Where memory is refused
+    /// no experiment is open afterwards. Always true.
     bool SetExperimentFolder(const DString& folder);
     DString GetExperimentPath() const;
     DString GetExperimentFolder() const;
@@ -131,7 +132,7 @@ public:
     /// "True" all others; any other text names that begin with it, without regard to case.
     /// `comment` becomes the field Comment unless empty; a new shot, or any with `stamp`, gets the
     /// field Date. Returns the group, -(g+1) if the shot exists in group g and wasn't taken over,
-    /// or -1 if no experiment is open.
+    /// or -1 if no experiment is open or memory is refused.
     int CreateShot(DString& request, const DString& comment, bool stamp);
     /// Renames the current shot. False, with a message, if the name is taken, and false if no shot
     /// is selected. A folder that can't be renamed still counts as success, and leaves the shot

@@ -81,7 +81,8 @@ public:
     /// created empty. One that is there and empty is read again every 50 ms, ten times at most,
     /// since another process may be in the middle of a write. An empty name detaches. Unless its
     /// name ends in Scalars.ini or ScalarCache.ini (in any case), holding is turned off; a failed
-    /// attach leaves it. False if the name is empty or the file can't be created.
+    /// attach leaves it. False, with no file attached, if the name is empty, if the file can't be
+    /// created, or if memory or descriptors are refused while it is loaded.
     bool SetFileName(const DString& name);
     /// Parses m_Text into the document; m_Section stays.
     void loadstring();

@@ -53,7 +53,8 @@ int GetFileLen(const DString& name);
 // ---- Path names
 
 /// The elements with "/" between them. An empty element leaves out the "/"; what the elements end
-/// or begin with isn't looked at, so a first element that ends in "/" gives a doubled one.
+/// or begin with isn't looked at, so a first element that ends in "/" gives a doubled one. Empty
+/// where memory is refused: half a path would name something else.
 DString AppendPathElts(const DString& a, const DString& b);
 DString AppendPathElts(const DString& a, const DString& b, const DString& c);
 DString AppendPathElts(const DString& a, const DString& b, const DString& c, const DString& d);

@@ -74,8 +74,11 @@ void OpenShared() {
     CreateShotC("*7");
 }
 
-// ---- What a process finds; an empty result is well
+// ---- What a process finds
 
+// A process that is killed in a write leaves an empty file, and whoever writes next writes what it
+// knows: a field may then be gone. Lines are all of one length, so that a file that is replaced
+// between the look at its length and the reading is cut between two lines.
 std::string StrangeField(const std::string& name) {
     const std::string value = ReadField(name);
     return value.empty() || IsValue(value) ? "" : "field " + name + " is '" + value + "'";
@@ -144,6 +147,20 @@ void WriteTrace(const std::string& name, int worker, long round) {
     _exit(0);
 }
 
+// Sets its own field and reads all of them, each of which is there from the start.
+[[noreturn]] void WorkOnFields(int worker, Clock::time_point end) {
+    alarm(60);
+    OpenShared();
+    for (long round = 1; Clock::now() < end; ++round) {
+        SetStringDataC(FieldOf(worker).c_str(), Value(worker, round).c_str());
+        for (int other = 0; other < Workers; ++other) {
+            const std::string value = ReadField(FieldOf(other));
+            if (!IsValue(value)) Complain("field " + FieldOf(other) + " is '" + value + "'");
+        }
+    }
+    _exit(0);
+}
+
 pid_t Start(int worker, Clock::time_point end) {
     const pid_t child = fork();
     if (child == 0) Work(worker, end);
@@ -180,6 +197,24 @@ int KillAgainAndAgain(Clock::time_point end) {
 }
 
 }  // namespace
+
+// A file that is empty in the moment between its opening and its writing is read again.
+TEST(SharedExperiment, NoFieldIsEverMissingWhileAllProcessesLive) {
+    MakeFolder(Scratch("Lab/Shots/Shot7"));
+    std::string fields = "[Fields]";
+    for (int worker = 0; worker < Workers; ++worker)
+        fields += "\r\n" + FieldOf(worker) + "=" + Value(worker, 0);
+    WriteBytes(Scratch("Lab/Shots/Shot7/Scalars.ini"), fields);
+    const Clock::time_point end = Clock::now() + std::chrono::seconds(1);
+    std::vector<pid_t> workers;
+    for (int worker = 0; worker < Workers; ++worker) {
+        workers.push_back(fork());
+        if (workers.back() == 0) WorkOnFields(worker, end);
+    }
+    for (const pid_t worker : workers)
+        EXPECT_EQ(EndOf(worker), 0);
+    EXPECT_EQ(Complaints(), "");
+}
 
 TEST(SharedExperiment, HoldsWhatSomebodyWroteWhileAProcessIsKilledInItsWrites) {
     MakeFolder(Scratch("Lab/Shots/Shot7"));
