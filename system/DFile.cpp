@@ -3,12 +3,12 @@
 
 #include <stdint.h>
 #include <string.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <bit>
 
 #include "system/DSystem.h"
+#include "system/FolderEntries.h"
 
 static_assert(std::endian::native == std::endian::little,
               "the binary formats are little-endian, and so are the transfers of them");
@@ -85,9 +85,11 @@ DFile::~DFile() { Close(); }
 
 bool DFile::Open(DString name, int mode) {
     Close();
-    FileExists(name);
+    // A name that stands for a plain file is right as it is.
+    const bool isPlain = KindOf(name) == EntryKind::File;
+    if (!isPlain) FileExists(name);
     m_Stream = fopen64(name, ModeText(mode));
-    if (m_Stream && IsFolder(m_Stream)) Close();
+    if (m_Stream && !isPlain && IsFolder(m_Stream)) Close();
     return m_Stream;
 }
 
