@@ -17,15 +17,16 @@ constexpr int32_t FileVersion = 1;
 
 constexpr int MostBodiesAhead = 65536;
 
-constexpr int OpenToRead = 5;
+/// The numbers of a body: from the kind to the count of shape numbers, and those behind these.
+constexpr int FrontBytes = 48;
+constexpr int OptionBytes = 28;
+
 constexpr int OpenToWrite = 6;
 
 // ---- The pieces of the file, each as it is read and as it is written
 
-void ReadPoints(DFile& file, DArray<float>& points) {
-    const int32_t size = std::max(ReadLengthField<int32_t>(file), 0);
-    points.Size(size);
-    ReadFloats(file, points.Data(), points.Count());
+void ReadPoints(DFile& file, DArray<float>& points, int size) {
+    ReadArray(file, points, size);
     if (points.Count() < size) SkipBytes(file, int64_t{4} * size);
 }
 
@@ -37,24 +38,26 @@ void WritePoints(DFile& file, const DArray<float>& points) {
 // False if the record wasn't delivered whole.
 bool ReadObject(DFile& file, Object& object) {
     file.DSRead(object.m_Name, false);
-    ReadField(file, object.m_Kind);
-    ReadField(file, object.m_Attr1);
-    ReadField(file, object.m_Attr2);
-    ReadField(file, object.m_Attr3);
+    FieldBlock front(file, FrontBytes);
+    ReadField(front, object.m_Kind);
+    ReadField(front, object.m_Attr1);
+    ReadField(front, object.m_Attr2);
+    ReadField(front, object.m_Attr3);
     for (float& coordinate : object.m_Position)
-        ReadField(file, coordinate);
-    ReadField(file, object.m_RMin);
-    ReadField(file, object.m_RMax);
-    ReadField(file, object.m_SpanFrom);
-    ReadField(file, object.m_SpanTo);
-    ReadPoints(file, object.m_Points);
-    ReadField(file, object.m_Opt1);
-    ReadField(file, object.m_Opt2);
-    ReadField(file, object.m_Opt3);
-    ReadField(file, object.m_Opt4);
-    ReadField(file, object.m_Opt5);
-    ReadField(file, object.m_Opt6);
-    return ReadField(file, object.m_Opt7);
+        ReadField(front, coordinate);
+    ReadField(front, object.m_RMin);
+    ReadField(front, object.m_RMax);
+    ReadField(front, object.m_SpanFrom);
+    ReadField(front, object.m_SpanTo);
+    ReadPoints(file, object.m_Points, std::max(ReadLengthField<int32_t>(front), 0));
+    FieldBlock options(file, OptionBytes);
+    ReadField(options, object.m_Opt1);
+    ReadField(options, object.m_Opt2);
+    ReadField(options, object.m_Opt3);
+    ReadField(options, object.m_Opt4);
+    ReadField(options, object.m_Opt5);
+    ReadField(options, object.m_Opt6);
+    return ReadField(options, object.m_Opt7);
 }
 
 void WriteObject(DFile& file, const Object& object) {
@@ -117,8 +120,9 @@ void WriteTail(DFile& file, const Geometry& geometry) {
 
 bool Geometry::Read(DString name) {
     name += ".dgm";
-    DFile file;
-    if (!file.Open(name, OpenToRead)) return false;
+    DataFileReader reader;
+    if (!reader.Open(name)) return false;
+    DFile& file = reader;
     int32_t version = 0;
     ReadField(file, version);
     SkipBytes(file, ReadLengthField<int32_t>(file));

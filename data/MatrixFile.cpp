@@ -16,7 +16,9 @@ constexpr int32_t FileVersion = 4;
 constexpr int32_t FirstVersionWithCalib = 4;
 constexpr int MostDims = 3;
 
-constexpr int OpenToRead = 5;
+/// Extrema, calibration, scale unit and parameters.
+constexpr int NumberBytes = 36;
+
 constexpr int OpenToWrite = 6;
 constexpr int OpenToUpdate = 7;
 
@@ -41,16 +43,16 @@ void FillCoords(const DFile& file, Matrix::MDim& axis) {
 
 void ReadAxis(DFile& file, Matrix::MDim& axis) {
     int32_t size = 0;
-    if (ReadField(file, size)) axis.m_OrigSize = std::max(size, 0);
+    FieldBlock head(file, sizeof size + sizeof axis.m_Step);
+    if (ReadField(head, size)) axis.m_OrigSize = std::max(size, 0);
     size = std::max(size, 0);
-    ReadField(file, axis.m_Step);
-    axis.Size(size);
-    const bool held = axis.Count() == size;
+    ReadField(head, axis.m_Step);
     if (HasAllCoords(axis)) {
-        if (held) ReadFloats(file, axis.Data(), size);
-        if (!held) SkipBytes(file, int64_t{4} * size);
+        ReadArray(file, axis, size);
+        if (axis.Count() != size) SkipBytes(file, int64_t{4} * size);
         return;
     }
+    axis.Size(size);
     float first = 0.0f;
     if (!ReadField(file, first) || axis.Count() == 0) return;
     axis[0] = first;
@@ -68,16 +70,18 @@ void WriteAxis(DFile& file, const Matrix::MDim& axis) {
 }
 
 void ReadNumbers(DFile& file, Matrix& matrix, int32_t version) {
-    ReadField(file, matrix.m_Max);
-    ReadField(file, matrix.m_Min);
-    if (version >= FirstVersionWithCalib) {
-        ReadField(file, matrix.m_Calib);
+    const bool hasCalib = version >= FirstVersionWithCalib;
+    FieldBlock numbers(file, NumberBytes - (hasCalib ? 0 : int{sizeof matrix.m_Calib}));
+    ReadField(numbers, matrix.m_Max);
+    ReadField(numbers, matrix.m_Min);
+    if (hasCalib) {
+        ReadField(numbers, matrix.m_Calib);
     } else {
         matrix.m_Calib = 1.0f;
     }
-    ReadField(file, matrix.m_ScaleUnit);
+    ReadField(numbers, matrix.m_ScaleUnit);
     for (float& param : matrix.m_Params)
-        ReadField(file, param);
+        ReadField(numbers, param);
 }
 
 void WriteNumbers(DFile& file, const Matrix& matrix) {
@@ -128,10 +132,10 @@ void TakeRange(DString& name, int& stop, int& start) {
 }
 
 // Opens the file of a name that may hold a range.
-bool OpenPart(DFile& file, DString name, int& stop, int& start) {
+bool OpenPart(DataFileReader& file, DString name, int& stop, int& start) {
     TakeRange(name, stop, start);
     name += ".dmt";
-    return file.Open(name, OpenToRead);
+    return file.Open(name);
 }
 
 }  // namespace
@@ -139,7 +143,7 @@ bool OpenPart(DFile& file, DString name, int& stop, int& start) {
 // ---- Reading
 
 bool Matrix::Read(DString name, int stop, int start) {
-    DFile file;
+    DataFileReader file;
     if (!OpenPart(file, name, stop, start)) return false;
     Read(file, stop, start);
     return true;
@@ -154,7 +158,7 @@ void Matrix::Read(DFile& file, int stop, int start) {
 bool Matrix::ReadHeader(DString name) {
     int stop = 0;
     int start = 0;
-    DFile file;
+    DataFileReader file;
     if (!OpenPart(file, name, stop, start)) return false;
     ReadHeader(file, stop, start);
     SizeValues(0);
@@ -197,11 +201,16 @@ void Matrix::CutAxis(MDim& axis, int stop, int& start) {
 // it lies beyond every position, is 0 like all that the file doesn't hold.
 void Matrix::ReadValues(DFile& file, int layers, int start) {
     const int64_t total = Total();
-    SizeValues(total);
-    if (m_Count == 0) return;
+    if (total == 0 || total > INT_MAX) {
+        SizeValues(0);
+        return;
+    }
     const int64_t ahead = total / layers * std::max(start, 0);
-    if (ahead > INT64_MAX / 4 || !SkipBytes(file, ahead * 4)) return;
-    ReadFloats(file, m_Data, m_Count);
+    if (ahead <= INT64_MAX / 4 && SkipBytes(file, ahead * 4)) {
+        ReadArray(file, *this, static_cast<int>(total));
+    } else {
+        SizeValues(total);
+    }
 }
 
 // ---- Writing

@@ -16,7 +16,9 @@ constexpr int Columns = ParticleGroup::Columns;
 constexpr int32_t FileVersion = 2;
 constexpr int32_t LastVersionWithOldRecords = 1;
 
-constexpr int OpenToRead = 5;
+/// From the coordinates to the last parameter.
+constexpr int NumberBytes = 40;
+
 constexpr int OpenToWrite = 6;
 constexpr int OpenToUpdate = 7;
 
@@ -33,16 +35,17 @@ FileHead ReadHead(DFile& file, ParticleGroup& group) {
     FileHead head;
     head.m_Version = ReadLengthField<int32_t>(file);
     SkipBytes(file, ReadLengthField<int32_t>(file));
-    if (ReadField(file, group.m_Geometry)) group.m_FileGeometry = group.m_Geometry;
-    if (ReadField(file, group.m_FileParticles)) {
+    FieldBlock numbers(file, NumberBytes);
+    if (ReadField(numbers, group.m_Geometry)) group.m_FileGeometry = group.m_Geometry;
+    if (ReadField(numbers, group.m_FileParticles)) {
         group.m_FileParticles = std::max(group.m_FileParticles, 0);
         head.m_Particles = group.m_FileParticles;
     }
-    head.m_Columns = std::max(ReadLengthField<int32_t>(file), 0);
-    ReadField(file, group.m_HeaderA);
-    ReadField(file, group.m_HeaderB);
+    head.m_Columns = std::max(ReadLengthField<int32_t>(numbers), 0);
+    ReadField(numbers, group.m_HeaderA);
+    ReadField(numbers, group.m_HeaderB);
     for (float& param : group.m_Params)
-        ReadField(file, param);
+        ReadField(numbers, param);
     return head;
 }
 
@@ -140,8 +143,8 @@ bool RewriteOldFile(DFile& file) {
 
 bool ParticleGroup::Read(DString name, int count, int first) {
     name += ".dpt";
-    DFile file;
-    if (!file.Open(name, OpenToRead)) return false;
+    DataFileReader file;
+    if (!file.Open(name)) return false;
     Read(file, count, first);
     return true;
 }
@@ -155,12 +158,19 @@ void ParticleGroup::Read(DFile& file, int count, int first) {
     ReadTexts(file, *this);
     const int64_t rest = int64_t{head.m_Particles} - first;
     SkipRecords(file, head.m_Columns, first);
-    SizeValues(std::max<int64_t>(std::min(rest, limit), 0));
+    const int64_t particles = std::max<int64_t>(std::min(rest, limit), 0);
     if (head.m_Version > LastVersionWithOldRecords) {
-        ReadFloats(file, m_Data, m_Count);
+        ReadRecords(file, particles);
     } else {
+        SizeValues(particles);
         ReadOldRecords(file, head.m_Columns);
     }
+}
+
+void ParticleGroup::ReadRecords(DFile& file, int64_t particles) {
+    const int64_t values = particles * Columns;
+    ReadArray(file, *this, values <= INT_MAX ? static_cast<int>(values) : 0);
+    m_Particles = Count() / Columns;
 }
 
 // Records of as many columns as the file has; the last of today's columns is new. Records that the

@@ -94,5 +94,6 @@ public:
 private:
     int Held() const;
     void SizeValues(int64_t particles);
+    void ReadRecords(DFile& file, int64_t particles);
     void ReadOldRecords(DFile& file, int columns);
 };

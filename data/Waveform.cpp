@@ -4,7 +4,6 @@
 #include <stdint.h>
 
 #include <algorithm>
-#include <array>
 
 #include "core/CoreGlobal.h"
 #include "data/BinaryFields.h"
@@ -22,14 +21,17 @@ constexpr int IgnoreLock = 4;
 constexpr int OpenToRead = 5;
 constexpr int OpenToWrite = 6;
 
+/// From the count to the last scope setting.
+constexpr int NumberBytes = 90;
+
 /// The later parameters stand in a block of their own, told by its size.
 constexpr int FirstLateParam = 5;
 constexpr int LateParamEnd = 12;
 constexpr int16_t LateParamBytes = (LateParamEnd - FirstLateParam) * int{sizeof(float)};
 
 // A step of 0 would be no step.
-void ReadStep(DFile& file, float& step) {
-    if (ReadField(file, step) && step == 0.0f) step = 1.0f;
+void ReadStep(FieldBlock& numbers, float& step) {
+    if (ReadField(numbers, step) && step == 0.0f) step = 1.0f;
 }
 
 // ---- The header, each piece as it is read and as it is written
@@ -54,32 +56,33 @@ int ReadNumbers(DFile& file, Waveform& trace, int version) {
     float scopeTD = 0.0f;
 
     SkipBytes(file, ReadLengthField<int16_t>(file));
+    FieldBlock numbers(file, NumberBytes);
     int32_t points = 0;
-    if (ReadField(file, points)) trace.m_HeaderPoints = points;
-    ReadField(file, trace.m_Params[3]);
-    ReadStep(file, trace.m_TimePerPoint);
-    ReadField(file, trace.m_Params[4]);
-    ReadField(file, trace.m_Calib);
-    ReadField(file, trace.m_Atten);
-    const bool hasInitialTime = ReadField(file, initialTime);
-    ReadField(file, trace.m_TimeShift);
-    ReadField(file, trace.m_Max);
-    ReadField(file, trace.m_Min);
-    ReadField(file, trace.m_MaxIndex);
-    ReadField(file, trace.m_MinIndex);
-    ReadStep(file, trace.m_ScaleUnit);
-    ReadField(file, reserved);
-    ReadField(file, trace.m_ScopeSV);
-    ReadField(file, trace.m_Params[0]);
-    ReadField(file, trace.m_Params[1]);
-    ReadField(file, trace.m_Params[2]);
-    ReadField(file, trace.m_Baseline);
-    ReadField(file, trace.m_ScopePT);
-    const bool hasScopeTD = ReadField(file, scopeTD);
+    if (ReadField(numbers, points)) trace.m_HeaderPoints = points;
+    ReadField(numbers, trace.m_Params[3]);
+    ReadStep(numbers, trace.m_TimePerPoint);
+    ReadField(numbers, trace.m_Params[4]);
+    ReadField(numbers, trace.m_Calib);
+    ReadField(numbers, trace.m_Atten);
+    const bool hasInitialTime = ReadField(numbers, initialTime);
+    ReadField(numbers, trace.m_TimeShift);
+    ReadField(numbers, trace.m_Max);
+    ReadField(numbers, trace.m_Min);
+    ReadField(numbers, trace.m_MaxIndex);
+    ReadField(numbers, trace.m_MinIndex);
+    ReadStep(numbers, trace.m_ScaleUnit);
+    ReadField(numbers, reserved);
+    ReadField(numbers, trace.m_ScopeSV);
+    ReadField(numbers, trace.m_Params[0]);
+    ReadField(numbers, trace.m_Params[1]);
+    ReadField(numbers, trace.m_Params[2]);
+    ReadField(numbers, trace.m_Baseline);
+    ReadField(numbers, trace.m_ScopePT);
+    const bool hasScopeTD = ReadField(numbers, scopeTD);
     if (hasScopeTD) trace.m_ScopeTD = version >= FirstVersionWithScopeTD ? scopeTD : 0.0f;
     if (hasInitialTime) trace.m_InitialStart = initialTime - (trace.m_ScopePT + trace.m_ScopeTD);
-    ReadField(file, trace.m_ScopeX);
-    ReadField(file, trace.m_ScopeY);
+    ReadField(numbers, trace.m_ScopeX);
+    ReadField(numbers, trace.m_ScopeY);
     return points;
 }
 
@@ -124,15 +127,13 @@ void WriteTexts(DFile& file, const Waveform& trace) {
 
 // The later parameters and the reserved bytes behind them. A block of another size is passed over.
 void ReadLateParams(DFile& file, Waveform& trace) {
+    constexpr int ReservedBytes = 10;
     const int16_t size = ReadLengthField<int16_t>(file);
-    if (size == LateParamBytes) {
-        for (int i = FirstLateParam; i < LateParamEnd; ++i)
-            ReadField(file, trace.m_Params[i]);
-    } else {
-        SkipBytes(file, size);
-    }
-    std::array<char, 10> reserved;
-    ReadField(file, reserved);
+    if (size != LateParamBytes) SkipBytes(file, size);
+    FieldBlock params(file, ReservedBytes + (size == LateParamBytes ? size : 0));
+    if (size != LateParamBytes) return;
+    for (int i = FirstLateParam; i < LateParamEnd; ++i)
+        ReadField(params, trace.m_Params[i]);
 }
 
 void WriteLateParams(DFile& file, const Waveform& trace) {
@@ -228,8 +229,8 @@ void Waveform::ScopeZero() {
 
 bool Waveform::Read(DString name, int points) {
     name += ".wvf";
-    DFile file;
-    if (!file.Open(name, OpenToRead)) {
+    DataFileReader file;
+    if (!file.Open(name)) {
         ReSize(1, 0);
         return false;
     }
@@ -246,8 +247,7 @@ void Waveform::Read(DFile& file, int points) {
     const int announced = ReadNumbers(file, *this, version);
     ReadTexts(file, *this);
     ReadLateParams(file, *this);
-    Size(points < 0 ? announced : points);
-    ReadFloats(file, m_Data, m_Count);
+    ReadArray(file, *this, points < 0 ? announced : points);
 }
 
 bool Waveform::Write(DString name) {

@@ -8,7 +8,6 @@
 #include "core/CoreGlobal.h"
 #include "experiment/Experiment.h"
 #include "support/Fuzzing.h"
-#include "support/NoSleep.h"
 #include "system/DSystem.h"
 
 namespace {

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "support/Fuzzing.h"
-#include "support/NoSleep.h"
 #include "system/DIni.h"
 
 namespace {

@@ -3,12 +3,12 @@
 
 #include <stdint.h>
 #include <string.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <bit>
 
 #include "system/DSystem.h"
+#include "system/FolderEntries.h"
 #include "types/MemoryWatch.h"
 
 static_assert(std::endian::native == std::endian::little,
@@ -88,15 +88,17 @@ DFile::~DFile() { Close(); }
 
 bool DFile::Open(DString name, int mode) {
     Close();
+    // A name that stands for a plain file is right as it is.
+    const bool isPlain = KindOf(name) == EntryKind::File;
     const MemoryWatch memory;
-    FileExists(name);
+    if (!isPlain) FileExists(name);
     if (!memory.Whole()) return false;
     m_Stream = fopen64(name, ModeText(mode));
     if (!m_Stream) {
         NoteFailedOpen();
         return false;
     }
-    if (IsFolder(m_Stream)) Close();
+    if (!isPlain && IsFolder(m_Stream)) Close();
     return m_Stream;
 }
 

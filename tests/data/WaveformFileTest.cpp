@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
+#include <filesystem>
 #include <functional>
 
 #include "data/WaveformTestData.h"
@@ -509,6 +510,41 @@ TEST(WaveformFile, HugeCountOfAShortFileCostsNoMemory) {
     EXPECT_EQ(trace.Count(), 500000000);
     EXPECT_EQ(trace[2], 9.0f);
     EXPECT_EQ(trace[499999999], 0.0f);
+}
+
+TEST(WaveformFile, ReadingTakesTheMemoryOfItsPointsOnce) {
+    WvfFile file;
+    file.m_Points = 25000000;
+    file.m_Samples.clear();
+    const std::string header = file.Bytes();
+    WriteBytes(Scratch("trace.wvf"), header);
+    std::filesystem::resize_file(Scratch("trace.wvf"), header.size() + 100000000);
+    Waveform trace;
+    const long peak = PeakBytesOf([&trace] { trace.Read(Scratch("trace").c_str(), -1); });
+    EXPECT_EQ(trace.Count(), 25000000);
+    EXPECT_GE(peak, 100000000);
+    EXPECT_LT(peak, 120000000);  // the address sanitizer takes an eighth more
+}
+
+TEST(WaveformFile, LargeTraceIsReadOverOldSamplesWithoutARest) {
+    WvfFile file;
+    file.m_Points = 10000;
+    file.m_Samples = std::string(4 * 9999, '\x3f') + "abc";
+    Waveform trace(20000);
+    std::fill(trace.Data(), trace.Data() + 20000, 7.0f);
+    ASSERT_TRUE(ReadFrom(file, trace));
+    EXPECT_EQ(trace.Count(), 10000);
+    EXPECT_EQ(trace.RCount(), 1);
+    EXPECT_EQ(trace.CCount(), 10000);
+    EXPECT_NE(trace[9998], 0.0f);
+    EXPECT_EQ(trace[9999], 0.0f);
+    file.m_Samples = std::string(4 * 10000, '\x3f');
+    ASSERT_TRUE(ReadFrom(file, trace));
+    EXPECT_EQ(trace[9999], trace[0]);
+    ASSERT_TRUE(ReadFrom(file, trace, 10001));
+    EXPECT_EQ(trace.Count(), 10001);
+    EXPECT_EQ(trace[9999], trace[0]);
+    EXPECT_EQ(trace[10000], 0.0f);
 }
 
 TEST(WaveformFile, CountThatGetsNoMemoryLeavesAnEmptyTrace) {

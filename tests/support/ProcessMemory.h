@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <string>
 
 /// Bytes of real memory in use.
 inline long ResidentBytes() {
@@ -12,6 +13,20 @@ inline long ResidentBytes() {
     long resident = 0;
     std::ifstream("/proc/self/statm") >> total >> resident;
     return resident * sysconf(_SC_PAGESIZE);
+}
+
+/// The most real memory that a call had in use beyond what was in use before it.
+template <typename Call>
+long PeakBytesOf(Call call) {
+    std::ofstream("/proc/self/clear_refs") << 5;  // the peak starts anew
+    const long before = ResidentBytes();
+    call();
+    std::ifstream status("/proc/self/status");
+    long kilobytes = -1;
+    for (std::string word; status >> word;) {
+        if (word == "VmHWM:") status >> kilobytes;
+    }
+    return kilobytes * 1024 - before;
 }
 
 /// Lets the process take only `bytes` more address space while it lives.
