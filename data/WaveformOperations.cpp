@@ -98,9 +98,10 @@ void InterpolateBlock(const float* source, const double (&positions)[Positions::
 }
 
 // Fills `target` by linear interpolation at `start`, in samples of `source`, and every
-// `increment` from there. Points outside `source` stay as they are.
-void Interpolate(const DArray<float>& source, double start, double increment,
-                 DArray<float>& target) {
+// `increment` from there. Points outside `source` stay as they are; the result is the index of the
+// first one behind it.
+int Interpolate(const DArray<float>& source, double start, double increment,
+                DArray<float>& target) {
     const int points = target.Count();
     const int last = source.Count() - 1;
     Positions position(start, increment, last);
@@ -117,7 +118,17 @@ void Interpolate(const DArray<float>& source, double start, double increment,
         target[k] = Between(source[i], source[i + 1], FractionOf(position.Next()));
         position.Advance();
     }
-    if (k < points && position.Next() == last) target[k] = source[last];
+    if (k < points && position.Next() == last) target[k++] = source[last];
+    return k;
+}
+
+// No point is ahead of the samples that it comes from, and an array made anew would be no bigger or
+// smaller. Memory that is new costs more than the interpolation.
+bool CanAlignInPlace(const Waveform& trace, int points, float start, float increment) {
+    const DArray<float> fresh;
+    const int64_t capacity = int64_t{points} + fresh.m_Grain - points % fresh.m_Grain;
+    return points == trace.Count() && trace.m_Capacity == capacity && start >= 0.0f &&
+           increment >= 1.0f;
 }
 
 // What counts as a minimum lies above this limit, so that the mark of a replaced sample never does.
@@ -201,9 +212,17 @@ void Waveform::Align(int n, float start, float step) {
         increment = 1.0f;
         start = m_TimePerPoint * position + oldStart;
     }
-    DArray<float> resampled(n);
-    Interpolate(*this, static_cast<double>(position), static_cast<double>(increment), resampled);
-    SwapData(resampled);
+    if (CanAlignInPlace(*this, n, position, increment)) {
+        ReSize(1, n);
+        const int end = Interpolate(*this, static_cast<double>(position),
+                                    static_cast<double>(increment), *this);
+        std::fill(m_Data + end, m_Data + n, 0.0f);
+    } else {
+        DArray<float> resampled(n);
+        Interpolate(*this, static_cast<double>(position), static_cast<double>(increment),
+                    resampled);
+        SwapData(resampled);
+    }
     m_InitialStart = start;
     m_TimeShift = 0.0f;
     m_TimePerPoint = newStep;
