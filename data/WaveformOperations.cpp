@@ -25,6 +25,8 @@ public:
 
     double Next() const { return m_Next; }
     void Advance() { m_Next += m_Increment; }
+    /// All positions lie at the same place between two samples.
+    bool HaveOneFraction() const { return m_IsExact && m_Increment == 1.0; }
 
     /// The next positions if all of them are at least 0 and below `end`. False, with nothing done,
     /// otherwise.
@@ -78,7 +80,8 @@ float Between(float before, float behind, float fraction) {
     return before + (behind - before) * fraction;
 }
 
-// One step for all points after the other, so that compilers take several points at once.
+// One step for all points after the other, so that compilers take several points at once. The
+// target may lie among the samples, but not behind the first position.
 void InterpolateBlock(const float* source, const double (&positions)[Positions::Ahead],
                       float* target) {
     float before[Positions::Ahead];
@@ -97,6 +100,16 @@ void InterpolateBlock(const float* source, const double (&positions)[Positions::
         target[j] = Between(before[j], behind[j], fractions[j]);
 }
 
+// The same for positions that all have the fraction of the first one.
+void InterpolateBlockAlike(const float* source, double position, float* target) {
+    const float* samples = source + static_cast<int>(position);
+    const float fraction = FractionOf(position);
+    float values[Positions::Ahead];
+    for (int j = 0; j < Positions::Ahead; ++j)
+        values[j] = Between(samples[j], samples[j + 1], fraction);
+    std::copy_n(values, Positions::Ahead, target);
+}
+
 // Fills `target` by linear interpolation at `start`, in samples of `source`, and every
 // `increment` from there. Points outside `source` stay as they are; the result is the index of the
 // first one behind it.
@@ -110,7 +123,11 @@ int Interpolate(const DArray<float>& source, double start, double increment,
         position.Advance();
     double ahead[Positions::Ahead];
     while (points - k >= Positions::Ahead && position.TakeBelow(last, ahead)) {
-        InterpolateBlock(source.Data(), ahead, target.Data() + k);
+        if (position.HaveOneFraction()) {
+            InterpolateBlockAlike(source.Data(), ahead[0], target.Data() + k);
+        } else {
+            InterpolateBlock(source.Data(), ahead, target.Data() + k);
+        }
         k += Positions::Ahead;
     }
     for (; k < points && position.Next() >= 0 && position.Next() < last; ++k) {
