@@ -76,7 +76,8 @@ float FractionOf(double position) {
     return static_cast<float>(position - static_cast<int>(position));
 }
 
-float Between(float before, float behind, float fraction) {
+template <typename Value>
+Value Between(Value before, Value behind, Value fraction) {
     return before + (behind - before) * fraction;
 }
 
@@ -84,20 +85,10 @@ float Between(float before, float behind, float fraction) {
 // target may lie among the samples, but not behind the first position.
 void InterpolateBlock(const float* source, const double (&positions)[Positions::Ahead],
                       float* target) {
-    float before[Positions::Ahead];
-    float behind[Positions::Ahead];
-    float fractions[Positions::Ahead];
-    int indexes[Positions::Ahead];
     for (int j = 0; j < Positions::Ahead; ++j) {
-        indexes[j] = static_cast<int>(positions[j]);
-        fractions[j] = FractionOf(positions[j]);
+        const int i = static_cast<int>(positions[j]);
+        target[j] = Between(source[i], source[i + 1], static_cast<float>(positions[j] - i));
     }
-    for (int j = 0; j < Positions::Ahead; ++j) {
-        before[j] = source[indexes[j]];
-        behind[j] = source[indexes[j] + 1];
-    }
-    for (int j = 0; j < Positions::Ahead; ++j)
-        target[j] = Between(before[j], behind[j], fractions[j]);
 }
 
 // The same for positions that all have the fraction of the first one.
