@@ -25,6 +25,8 @@ public:
 
     double Next() const { return m_Next; }
     void Advance() { m_Next += m_Increment; }
+    /// All positions lie at the same place between two samples.
+    bool HaveOneFraction() const { return m_IsExact && m_Increment == 1.0; }
 
     /// The next positions if all of them are at least 0 and below `end`. False, with nothing done,
     /// otherwise.
@@ -74,33 +76,36 @@ float FractionOf(double position) {
     return static_cast<float>(position - static_cast<int>(position));
 }
 
-float Between(float before, float behind, float fraction) {
+template <typename Value>
+Value Between(Value before, Value behind, Value fraction) {
     return before + (behind - before) * fraction;
 }
 
-// One step for all points after the other, so that compilers take several points at once.
+// One step for all points after the other, so that compilers take several points at once. The
+// target may lie among the samples, but not behind the first position.
 void InterpolateBlock(const float* source, const double (&positions)[Positions::Ahead],
                       float* target) {
-    float before[Positions::Ahead];
-    float behind[Positions::Ahead];
-    float fractions[Positions::Ahead];
-    int indexes[Positions::Ahead];
     for (int j = 0; j < Positions::Ahead; ++j) {
-        indexes[j] = static_cast<int>(positions[j]);
-        fractions[j] = FractionOf(positions[j]);
+        const int i = static_cast<int>(positions[j]);
+        target[j] = Between(source[i], source[i + 1], static_cast<float>(positions[j] - i));
     }
-    for (int j = 0; j < Positions::Ahead; ++j) {
-        before[j] = source[indexes[j]];
-        behind[j] = source[indexes[j] + 1];
-    }
+}
+
+// The same for positions that all have the fraction of the first one.
+void InterpolateBlockAlike(const float* source, double position, float* target) {
+    const float* samples = source + static_cast<int>(position);
+    const float fraction = FractionOf(position);
+    float values[Positions::Ahead];
     for (int j = 0; j < Positions::Ahead; ++j)
-        target[j] = Between(before[j], behind[j], fractions[j]);
+        values[j] = Between(samples[j], samples[j + 1], fraction);
+    std::copy_n(values, Positions::Ahead, target);
 }
 
 // Fills `target` by linear interpolation at `start`, in samples of `source`, and every
-// `increment` from there. Points outside `source` stay as they are.
-void Interpolate(const DArray<float>& source, double start, double increment,
-                 DArray<float>& target) {
+// `increment` from there. Points outside `source` stay as they are; the result is the index of the
+// first one behind it.
+int Interpolate(const DArray<float>& source, double start, double increment,
+                DArray<float>& target) {
     const int points = target.Count();
     const int last = source.Count() - 1;
     Positions position(start, increment, last);
@@ -109,7 +114,11 @@ void Interpolate(const DArray<float>& source, double start, double increment,
         position.Advance();
     double ahead[Positions::Ahead];
     while (points - k >= Positions::Ahead && position.TakeBelow(last, ahead)) {
-        InterpolateBlock(source.Data(), ahead, target.Data() + k);
+        if (position.HaveOneFraction()) {
+            InterpolateBlockAlike(source.Data(), ahead[0], target.Data() + k);
+        } else {
+            InterpolateBlock(source.Data(), ahead, target.Data() + k);
+        }
         k += Positions::Ahead;
     }
     for (; k < points && position.Next() >= 0 && position.Next() < last; ++k) {
@@ -117,7 +126,17 @@ void Interpolate(const DArray<float>& source, double start, double increment,
         target[k] = Between(source[i], source[i + 1], FractionOf(position.Next()));
         position.Advance();
     }
-    if (k < points && position.Next() == last) target[k] = source[last];
+    if (k < points && position.Next() == last) target[k++] = source[last];
+    return k;
+}
+
+// No point is ahead of the samples that it comes from, and an array made anew would be no bigger or
+// smaller. Memory that is new costs more than the interpolation.
+bool CanAlignInPlace(const Waveform& trace, int points, float start, float increment) {
+    const DArray<float> fresh;
+    const int64_t capacity = int64_t{points} + fresh.m_Grain - points % fresh.m_Grain;
+    return points == trace.Count() && trace.m_Capacity == capacity && start >= 0.0f &&
+           increment >= 1.0f;
 }
 
 // What counts as a minimum lies above this limit, so that the mark of a replaced sample never does.
@@ -201,9 +220,17 @@ void Waveform::Align(int n, float start, float step) {
         increment = 1.0f;
         start = m_TimePerPoint * position + oldStart;
     }
-    DArray<float> resampled(n);
-    Interpolate(*this, static_cast<double>(position), static_cast<double>(increment), resampled);
-    SwapData(resampled);
+    if (CanAlignInPlace(*this, n, position, increment)) {
+        ReSize(1, n);
+        const int end = Interpolate(*this, static_cast<double>(position),
+                                    static_cast<double>(increment), *this);
+        std::fill(m_Data + end, m_Data + n, 0.0f);
+    } else {
+        DArray<float> resampled(n);
+        Interpolate(*this, static_cast<double>(position), static_cast<double>(increment),
+                    resampled);
+        SwapData(resampled);
+    }
     m_InitialStart = start;
     m_TimeShift = 0.0f;
     m_TimePerPoint = newStep;

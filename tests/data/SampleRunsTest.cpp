@@ -471,6 +471,24 @@ TEST(SampleAlign, PositionsAreSummedUpPointByPoint) {
     }
 }
 
+TEST(SampleAlign, TraceThatWasLongerOrATableIsAlignedAlike) {
+    const Values values = RandomValues(300, 11);
+    for (const float start : {0.25f, -3.5f}) {
+        Waveform shrunk = MakeTrace(values);
+        shrunk.ReSize(1, 5000);
+        shrunk.ReSize(1, 300);
+        shrunk.Align(300, start, 1.0f);
+        EXPECT_EQ(Bits(Samples(shrunk)), Bits(AlignedPlainly(values, 300, start, 1.0f)));
+        EXPECT_EQ(shrunk.Capacity(), DArray<float>(300).Capacity());
+        Waveform table = MakeTrace(values);
+        table.ReSize(3, 100);
+        table.Align(300, start, 1.0f);
+        EXPECT_EQ(Bits(Samples(table)), Bits(AlignedPlainly(values, 300, start, 1.0f)));
+        EXPECT_EQ(table.RCount(), 1);
+        EXPECT_EQ(table.CCount(), 300);
+    }
+}
+
 TEST(SampleAlign, OddValuesSpreadToTheirNeighboursAlone) {
     for (unsigned seed = 1; seed < 20; ++seed) {
         for (const float step : {1.0f, 0.3f, 2.5f})
