@@ -358,6 +358,7 @@ void Experiment::MergeShotList(DString source, const DString& fileName, DStringA
         merged.Add(name);
         mergedGroups.Add(group);
     }
+    if (!memory.Whole()) return;
     const ShotTable known(merged, mergedGroups);
     if (!memory.Whole()) return;
     for (int i = 0; i < std::min(names.Count(), groups.Count()); ++i) {

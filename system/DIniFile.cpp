@@ -64,7 +64,11 @@ public:
         if (m_Section + 1 == m_Sections.Count()) {
             m_Sections.AddBlank(1);
             m_Lines.AddBlank(1);
-            if (m_Lines.Count() < m_Section + 2 || m_Sections.Count() < m_Section + 2) return;
+            if (m_Lines.Count() < m_Section + 2 || m_Sections.Count() < m_Section + 2) {
+                m_Sections.ReSize(m_Section + 1);  // both or neither, so that they stay in step
+                m_Lines.ReSize(m_Section + 1);
+                return;
+            }
             m_Lines.Last().m_Grain = LinesGrain;
         }
         ++m_Section;
