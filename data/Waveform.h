@@ -148,7 +148,8 @@ public:
     ///
     /// Behind the two letters only the text between the next character and the last one is looked
     /// at; what isn't a number there counts as 0. -DFMax for an unknown name and for an empty
-    /// trace. Measurements work in single precision.
+    /// trace. Measurements work in single precision. All sums but that of ri may be rounded in
+    /// another order than that of the samples; where that would overflow, they aren't.
     float GetTraceParam(DString const& name) const;
     /// The parameter of that name is measured on the samples; what the header alone answers isn't,
     /// nor is an unknown name.
