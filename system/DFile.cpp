@@ -31,10 +31,10 @@ DString ModeText(int mode) {
     return text;
 }
 
-// The C library opens folders for reading, which then delivers nothing.
-bool IsFolder(FILE* stream) {
+// What an open stream stands for. The C library opens folders too, to deliver nothing.
+EntryKind KindOf(FILE* stream) {
     struct stat status;
-    return fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode);
+    return fstat(fileno(stream), &status) == 0 ? KindOf(status) : EntryKind::None;
 }
 
 // Zero bytes in place of text that wasn't delivered. Touching all that a corrupt length asks for
@@ -85,11 +85,14 @@ DFile::~DFile() { Close(); }
 
 bool DFile::Open(DString name, int mode) {
     Close();
-    // A name that stands for a plain file is right as it is.
-    const bool isPlain = KindOf(name) == EntryKind::File;
-    if (!isPlain) FileExists(name);
-    m_Stream = fopen64(name, ModeText(mode));
-    if (m_Stream && !isPlain && IsFolder(m_Stream)) Close();
+    // Where a plain file opens under the name as it is, nothing was there to correct.
+    const DString text = ModeText(mode);
+    if (mode & ReadMode) m_Stream = fopen64(name, text);
+    if (m_Stream && KindOf(m_Stream) == EntryKind::File) return true;
+    Close();
+    FileExists(name);
+    m_Stream = fopen64(name, text);
+    if (m_Stream && KindOf(m_Stream) == EntryKind::Folder) Close();
     return m_Stream;
 }
 
