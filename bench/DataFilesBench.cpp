@@ -6,12 +6,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "data/Matrix.h"
 #include "data/ParticleGroup.h"
 #include "data/Waveform.h"
 #include "support/Bench.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -87,6 +91,7 @@ void ReadTraceOurs(benchmark::State& state) {
         Waveform trace;
         trace.Read(name, -1);
         benchmark::DoNotOptimize(trace.m_Data);
+        if (trace.Count() != Points) state.SkipWithError("not read");
     }
 }
 
@@ -209,10 +214,18 @@ constexpr size_t LayerBytes = sizeof(float) * Rows * Columns;
 constexpr int Batch = 100000;
 constexpr size_t BatchBytes = sizeof(float) * ParticleGroup::Columns * Batch;
 
+// Only the header is written; the values are a hole, which reads as zeros.
 const DString& StackFile() {
     static const DString name = [] {
         const DString path = Scratch("stack").c_str();
-        Matrix(Rows, Columns, Parts).Write(path);
+        Matrix stack;
+        int rows = Rows;
+        int columns = Columns;
+        int layers = Parts;
+        stack.setcoords(rows, columns, layers);
+        stack.Write(path);
+        const std::string file = std::string(path) + ".dmt";
+        fs::resize_file(file, fs::file_size(file) - sizeof(float) + Parts * LayerBytes);
         return path;
     }();
     return name;
@@ -224,6 +237,7 @@ void ReadLayerOurs(benchmark::State& state) {
         Matrix layer;
         layer.Read(name, Part + 1, Part);
         benchmark::DoNotOptimize(layer.Data());
+        if (layer.Count() != Rows * Columns) state.SkipWithError("not read");
     }
 }
 
@@ -237,7 +251,14 @@ void ReadLayerBare(benchmark::State& state) {
 const DString& GroupFile() {
     static const DString name = [] {
         const DString path = Scratch("group").c_str();
-        ParticleGroup(Batch * Parts).Write(path);
+        ParticleGroup(0).Write(path);
+        const std::string file = std::string(path) + ".dpt";
+        constexpr int32_t Particles = Batch * Parts;
+        constexpr std::streamoff ParticlesAt = 12;
+        std::fstream(file, std::ios::in | std::ios::out | std::ios::binary)
+            .seekp(ParticlesAt)
+            .write(reinterpret_cast<const char*>(&Particles), sizeof Particles);
+        fs::resize_file(file, fs::file_size(file) + Parts * BatchBytes);
         return path;
     }();
     return name;
@@ -249,6 +270,7 @@ void ReadBatchOurs(benchmark::State& state) {
         ParticleGroup batch(0);
         batch.Read(name, Batch, Part * Batch);
         benchmark::DoNotOptimize(batch.Data());
+        if (batch.m_Particles != Batch) state.SkipWithError("not read");
     }
 }
 

@@ -32,10 +32,10 @@ DString ModeText(int mode) {
     return text;
 }
 
-// The C library opens folders for reading, which then delivers nothing.
-bool IsFolder(FILE* stream) {
+// What an open stream stands for. The C library opens folders too, to deliver nothing.
+EntryKind KindOf(FILE* stream) {
     struct stat status;
-    return fstat(fileno(stream), &status) == 0 && S_ISDIR(status.st_mode);
+    return fstat(fileno(stream), &status) == 0 ? KindOf(status) : EntryKind::None;
 }
 
 // Zero bytes in place of text that wasn't delivered. Touching all that a corrupt length asks for
@@ -88,17 +88,20 @@ DFile::~DFile() { Close(); }
 
 bool DFile::Open(DString name, int mode) {
     Close();
-    // A name that stands for a plain file is right as it is.
-    const bool isPlain = KindOf(name) == EntryKind::File;
     const MemoryWatch memory;
-    if (!isPlain) FileExists(name);
+    const DString text = ModeText(mode);
+    // Where a plain file opens under the name as it is, nothing was there to correct.
+    if (mode & ReadMode) m_Stream = fopen64(name, text);
+    if (m_Stream && KindOf(m_Stream) == EntryKind::File) return true;
+    Close();
+    FileExists(name);
     if (!memory.Whole()) return false;
-    m_Stream = fopen64(name, ModeText(mode));
+    m_Stream = fopen64(name, text);
     if (!m_Stream) {
         NoteFailedOpen();
         return false;
     }
-    if (!isPlain && IsFolder(m_Stream)) Close();
+    if (KindOf(m_Stream) == EntryKind::Folder) Close();
     return m_Stream;
 }
 
