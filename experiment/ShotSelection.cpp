@@ -1,5 +1,9 @@
 // Selecting a shot, finding it by its name, and the paths of groups and shots.
+#include <string.h>
 #include <strings.h>
+
+#include <algorithm>
+#include <string_view>
 
 #include "core/CoreGlobal.h"
 #include "experiment/Experiment.h"
@@ -13,6 +17,27 @@ const char BesideExperiment[] = "..\\";
 
 bool BeginsWith(const DString& text, const DString& prefix) {
     return strncasecmp(text, prefix, static_cast<size_t>(prefix.GetLength())) == 0;
+}
+
+// Makes `path` what AppendPathElts gives of a folder and the two pieces of a name, in its own block
+// if that has room: most of what selecting a shot costs beside the look at its folder. `path` is
+// none of the others.
+void PutPath(DString& path, const DString& folder, std::string_view piece, const DString& rest) {
+    const std::string_view pieces[] = {{folder, static_cast<size_t>(folder.GetLength())},
+                                       folder.IsEmpty() ? "" : "/",
+                                       piece,
+                                       {rest, static_cast<size_t>(rest.GetLength())}};
+    size_t length = 0;
+    for (const std::string_view each : pieces)
+        length += each.size();
+    const bool fits = length <= static_cast<size_t>(npos);
+    char* target = fits ? path.GetBuffer(static_cast<int>(length)) : nullptr;
+    if (!target) {
+        path = DString();
+        return;
+    }
+    for (const std::string_view each : pieces)
+        target = std::copy(each.begin(), each.end(), target);
 }
 
 DString LastElement(const DString& path) {
@@ -42,17 +67,19 @@ bool Experiment::SetShot(DString name, int group) {
     }
     m_ShotName = name;
     m_CurrentGroup = group;
-    m_ShotFolder = ShotPath(group, name);
+    PutPath(m_ShotFolder, m_GroupPaths[group], "Shot", name);
     // The documents still have the files of the shot that is left: what a pause held goes there.
     SetPauseIO(false);
-    m_ScalarCacheFile = AppendPathElts(m_GroupPaths[group], "ScalarCache.ini");
-    m_ScalarsFile = AppendPathElts(m_ShotFolder, "Scalars.ini");
+    PutPath(m_ScalarCacheFile, m_GroupPaths[group], "ScalarCache.ini", DString());
+    PutPath(m_ScalarsFile, m_ShotFolder, "Scalars.ini", DString());
     if (Logging) Log("Finished setting shot");
     return true;
 }
 
 DString Experiment::ShotPath(int group, const DString& shot) const {
-    return AppendPathElts(m_GroupPaths[group], "Shot" + shot);
+    DString path;
+    PutPath(path, m_GroupPaths[group], "Shot", shot);
+    return path;
 }
 
 bool Experiment::HasShot(int group, const DString& shot) const {
@@ -62,8 +89,8 @@ bool Experiment::HasShot(int group, const DString& shot) const {
 
 int Experiment::GuessPathFromShot(DString& shot) const {
     DString groupName;
-    DString leaf;
-    SplitPathElts(shot, groupName, leaf);
+    DString leaf(shot);
+    if (strchr(shot, '/')) SplitPathElts(shot, groupName, leaf);
     for (int i = 0; !groupName.IsEmpty() && i < m_GroupPaths.Count(); ++i) {
         if (LastElement(m_GroupPaths[i]) != groupName) continue;
         if (!HasShot(i, leaf)) continue;
