@@ -294,8 +294,9 @@ bool Experiment::ListNumbers(const ShotRange& range, int64_t below,
 }
 
 // The search goes from the highest number down with the group in hand, so that a shot found in
-// another group takes the lower numbers there too. Once a shot is missing the folders are listed,
-// and numbers that none of them holds are passed over: a range may be far greater than they are.
+// another group takes the lower numbers there too. Where one isn't simply there the folders are
+// listed, and numbers that none of them holds are passed over: a range may be far greater than they
+// are.
 void Experiment::FindRange(const ShotRange& range, int group, DStringArray& names,
                            DArray<int>& groups) const {
     groups.Clear();
@@ -304,27 +305,30 @@ void Experiment::FindRange(const ShotRange& range, int group, DStringArray& name
         group = std::max(GuessPathFromShot(first), 0);
     }
     if (Logging) Log("Got names of shots in range");
-    const auto take = [&](int64_t number) {
+    const auto add = [&](const DString& name) { AddShot(name, group, names, groups); };
+    const auto find = [&](int64_t number) {
         DString name = range.Name(number);
-        if (!FindInRange(name, group)) return false;
-        AddShot(name, group, names, groups);
-        return true;
+        if (FindInRange(name, group)) add(name);
     };
     int64_t number = range.m_Last;
-    while (number >= range.m_First && take(number))
-        --number;
+    for (; number >= range.m_First; --number) {
+        const DString name = range.Name(number);
+        const bool isThere = HasGroup(group) && CountsAsFolder(KindOf(ShotPath(group, name)));
+        if (!isThere && group >= NoGroup) break;
+        add(name);
+    }
     std::vector<int> left;
     bool listed = false;
     try {
-        listed = number > range.m_First && ListNumbers(range, number, left);
+        listed = number >= range.m_First && ListNumbers(range, number + 1, left);
     } catch (const std::bad_alloc&) {
         left.clear();  // to look for each of the numbers takes longer, but no memory
     }
     if (listed) {
-        std::for_each(left.begin(), left.end(), take);
+        std::for_each(left.begin(), left.end(), find);
     } else {
-        while (--number >= range.m_First)
-            take(number);
+        for (; number >= range.m_First; --number)
+            find(number);
     }
     Reverse(names);
     Reverse(groups);

@@ -1,5 +1,9 @@
 // Selecting a shot, finding it by its name, and the paths of groups and shots.
+#include <string.h>
 #include <strings.h>
+
+#include <algorithm>
+#include <string_view>
 
 #include "core/CoreGlobal.h"
 #include "experiment/Experiment.h"
@@ -14,6 +18,27 @@ const char BesideExperiment[] = "..\\";
 
 bool BeginsWith(const DString& text, const DString& prefix) {
     return strncasecmp(text, prefix, static_cast<size_t>(prefix.GetLength())) == 0;
+}
+
+// Makes `path` what AppendPathElts gives of a folder and the two pieces of a name, in its own block
+// if that has room: most of what selecting a shot costs beside the look at its folder. `path` is
+// none of the others.
+void PutPath(DString& path, const DString& folder, std::string_view piece, const DString& rest) {
+    const std::string_view pieces[] = {{folder, static_cast<size_t>(folder.GetLength())},
+                                       folder.IsEmpty() ? "" : "/",
+                                       piece,
+                                       {rest, static_cast<size_t>(rest.GetLength())}};
+    size_t length = 0;
+    for (const std::string_view each : pieces)
+        length += each.size();
+    const bool fits = length <= static_cast<size_t>(npos);
+    char* target = fits ? path.GetBuffer(static_cast<int>(length)) : nullptr;
+    if (!target) {
+        path = DString();
+        return;
+    }
+    for (const std::string_view each : pieces)
+        target = std::copy(each.begin(), each.end(), target);
 }
 
 DString LastElement(const DString& path) {
@@ -58,9 +83,9 @@ bool Experiment::SetShot(DString name, int group) {
 }
 
 DString Experiment::ShotPath(int group, const DString& shot) const {
-    const MemoryWatch memory;
-    const DString path = AppendPathElts(m_GroupPaths[group], "Shot" + shot);
-    return memory.Whole() ? path : DString();
+    DString path;
+    PutPath(path, m_GroupPaths[group], "Shot", shot);
+    return path;
 }
 
 bool Experiment::HasShot(int group, const DString& shot) const {
@@ -70,8 +95,8 @@ bool Experiment::HasShot(int group, const DString& shot) const {
 
 int Experiment::GuessPathFromShot(DString& shot) const {
     DString groupName;
-    DString leaf;
-    SplitPathElts(shot, groupName, leaf);
+    DString leaf(shot);
+    if (strchr(shot, '/')) SplitPathElts(shot, groupName, leaf);
     for (int i = 0; !groupName.IsEmpty() && i < m_GroupPaths.Count(); ++i) {
         if (LastElement(m_GroupPaths[i]) != groupName) continue;
         if (!HasShot(i, leaf)) continue;

@@ -112,7 +112,7 @@ void WriteFields(Input& input) {
                            !key.starts_with(';') && !key.empty() && !value.empty();
         const DString name(key.c_str());
         const bool special = name == DString("Shot") || name == DString("Comment");
-        const bool there = FolderExists(Expt.m_ShotFolder);
+        const bool there = std::filesystem::is_directory(Bytes(Expt.GetShotFolder()));
         if (plain && !special && there) REQUIRE(Bytes(read) == value);
     }
     if (paused) Expt.SetPauseIO(false);

@@ -82,6 +82,13 @@ void DIni::DeleteSection(const DString& name) {
 
 // ---- Keys
 
+namespace {
+
+// Two bytes that are no letter in two cases in any locale.
+bool Differ(char a, char b) { return ((a | b) & 0x80) == 0 && ((a ^ b) & ~0x20) != 0; }
+
+}  // namespace
+
 int DIni::nKeys() const { return HasSection() ? m_Lines[m_Section].Count() : 0; }
 
 // A zero byte in a key ends the comparison there.
@@ -94,7 +101,7 @@ int DIni::keyindex(const DString& key, int& valueStart) const {
     const DStringArray& lines = m_Lines[m_Section];
     for (int i = 0; i < lines.Count(); ++i) {
         const DString& line = lines[i];
-        if (whole && line[length] != '=') continue;
+        if (whole && (line[length] != '=' || Differ(line[length - 1], key[length - 1]))) continue;
         if (strncasecmp(line, key, whole ? compared : compared + 1) == 0) return i;
     }
     return -1;

@@ -112,7 +112,5 @@ private:
     bool ReadFrom(DString& fileName);
     bool AppendSection(const DString& name, const DStringArray& lines);
     void WriteThrough();
-    template <typename Put>
-    void PutText(Put put) const;
     bool AssembleText(DString& text) const;
 };

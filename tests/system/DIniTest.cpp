@@ -636,3 +636,70 @@ TEST_F(DIniReload, DroppedLinesAndHeadingTailsStayLostAfterASave) {
               "[Servers]\r\n"
               "atlas=front-end of the fast cameras");
 }
+
+// A load leaves what stands in its place already; what it makes must not depend on that.
+TEST_F(DIniReload, GivesTheSameDocumentWhateverStoodThereBefore) {
+    const char* const texts[] = {"[A]\nx=1\ny=2\n[B]\nz=3\n",
+                                 "[A]\nx=1\n[B]\nz=3\ny=2\n",
+                                 "[B]\n[A]\nX=1\ny=2\n",
+                                 "[A]\n",
+                                 "",
+                                 "[]\n1\n[]\n",
+                                 "[A]\ny=2\nx=1\n[B]\nz=30\n[C]\n[D]\n1\n2\n3",
+                                 "lost\n[A]\r\nx=1\r\n\r\ny=2"};
+    for (const char* before : texts) {
+        for (const char* text : texts) {
+            DIni ini = DocumentOf(before);
+            ini.m_Text = text;
+            ini.loadstring();
+            const DIni fresh = DocumentOf(text);
+            EXPECT_EQ(TextsOf(ini.m_Sections), TextsOf(fresh.m_Sections)) << before << text;
+            ASSERT_EQ(ini.m_Lines.Count(), fresh.m_Lines.Count());
+            for (int i = 0; i < fresh.m_Lines.Count(); ++i)
+                EXPECT_EQ(TextsOf(ini.m_Lines[i]), TextsOf(fresh.m_Lines[i])) << before << text;
+        }
+    }
+}
+
+TEST_F(DIniReload, UndoesWhatWasDoneToTheListsThemselves) {
+    DIni ini = DocumentOf("[A]\nx=1\ny=2\n[B]\nz=3\n");
+    ini.m_Lines[0].Size(2, 2);
+    ini.m_Lines[1][0] = "other";
+    ini.m_Sections[1].Release();
+    ini.loadstring();
+    EXPECT_EQ(TextsOf(ini.m_Sections), (Texts{"A", "B"}));
+    EXPECT_EQ(TextsOf(ini.m_Lines[0]), (Texts{"x=1", "y=2"}));
+    EXPECT_EQ(TextsOf(ini.m_Lines[1]), Texts{"z=3"});
+    ini.m_Sections.Add("C");
+    ini.loadstring();
+    EXPECT_EQ(TextsOf(ini.m_Sections), (Texts{"A", "B"}));
+    EXPECT_EQ(ini.m_Lines.Count(), 2);
+}
+
+TEST_F(DIniReload, LeavesListsThatWereTakenBefore) {
+    DIni ini = DocumentOf("[A]\nx=1\n");
+    const DStringArray lines = ini.GetFullSection("A");
+    ini.m_Text = "[A]\nx=2\n";
+    ini.loadstring();
+    EXPECT_EQ(TextsOf(lines), Texts{"x=1"});
+    EXPECT_EQ(TextsOf(ini.GetFullSection("A")), Texts{"x=2"});
+}
+
+TEST_F(DIniKeys, ValueMayBeTheLineThatIsReplaced) {
+    Load("a=1\nb=2");
+    m_Ini.SetKeyValue("a", m_Ini.m_Lines[0][0]);
+    EXPECT_EQ(Lines(), (Texts{"a=a=1", "b=2"}));
+    const DStringArray before = m_Ini.GetFullSection("S");
+    m_Ini.SetKeyValue(m_Ini.m_Lines[0][1], "3");
+    m_Ini.SetKeyValue("B", "4");
+    EXPECT_EQ(Lines(), (Texts{"a=a=1", "B=4", "b=2=3"}));
+    EXPECT_EQ(TextsOf(before), (Texts{"a=a=1", "b=2"}));
+}
+
+TEST_F(DIniKeys, LastByteOfAKeyIsComparedAsALetterOnly) {
+    Load("k@=1\nk[=2\nka=3\nk\xe4=4");
+    EXPECT_EQ(m_Ini.GetKeyValue("k`", "none"), "none");
+    EXPECT_EQ(m_Ini.GetKeyValue("k{", "none"), "none");
+    EXPECT_EQ(m_Ini.GetKeyValue("KA", "none"), "3");
+    EXPECT_EQ(m_Ini.GetKeyValue("k\xe4", "none"), "4");
+}

@@ -2,8 +2,10 @@
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <fnmatch.h>
 #include <gtest/gtest.h>
 #include <stdio.h>
+#include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -273,6 +275,69 @@ TEST(GetFileLen, KeepsTheLow32BitsOfTheSize) {
 }
 
 // ---- DeleteFileD
+
+// fnmatch itself says what is right, for each pattern alone in a folder with one file.
+TEST(FileExists, MatchesJustWhatTheSystemMatches) {
+    const char* const names[] = {"Shot5",
+                                 "SHOT5",
+                                 "shot15",
+                                 "Shot",
+                                 "5",
+                                 "x5.wvf",
+                                 "X5.WVF",
+                                 "ab[5",
+                                 "ab]5",
+                                 "a-5",
+                                 "S\xc3\xa4"
+                                 "5",
+                                 "\xe4",
+                                 "{",
+                                 "[",
+                                 "\\5",
+                                 "a\\5",
+                                 "*",
+                                 "Shot*",
+                                 "_5.wv`",
+                                 "_5.wv@"};
+    const char* const patterns[] = {"shot5",
+                                    "*5",
+                                    "?hot5",
+                                    "shot*5",
+                                    "[ab]5",
+                                    "ab[5",
+                                    "ab]5",
+                                    "a[!x]5",
+                                    "*.wvf",
+                                    "?5.*",
+                                    "*",
+                                    "??",
+                                    "\\5",
+                                    "a\\\\5",
+                                    "\\*",
+                                    "s?5",
+                                    "S\xc3\xa4"
+                                    "5",
+                                    "\xe4",
+                                    "\xc4",
+                                    "[",
+                                    "{",
+                                    "5",
+                                    "",
+                                    "*.WVf",
+                                    "_5.wv`",
+                                    "longer than each of them"};
+    for (const char* name : names) {
+        const std::string folder = MakeFolder(Scratch("Matches"));
+        fs::remove_all(folder);
+        WriteBytes(MakeFolder(folder) + "/" + name, "");
+        for (const char* pattern : patterns) {
+            const bool matches = *pattern && fnmatch(pattern, name, FNM_CASEFOLD) == 0;
+            const bool isIt = strcmp(pattern, name) == 0;
+            EXPECT_EQ(AsFile(folder + "/" + pattern) != "no", matches || isIt)
+                << name << " by " << pattern;
+        }
+    }
+}
 
 TEST(DeleteFileD, RemovesAFileInOtherCase) {
     WriteBytes(MakeFolder(Scratch("Data")) + "/Trace", "1");
