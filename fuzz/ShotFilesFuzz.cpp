@@ -112,7 +112,9 @@ void WriteFields(Input& input) {
                            !key.starts_with(';') && !key.empty() && !value.empty();
         const DString name(key.c_str());
         const bool special = name == DString("Shot") || name == DString("Comment");
-        const bool there = std::filesystem::is_directory(Bytes(Expt.GetShotFolder()));
+        const std::string folder = Bytes(Expt.GetShotFolder());
+        const bool there =
+            folder.find('\0') == folder.npos && std::filesystem::is_directory(folder);
         if (plain && !special && there) REQUIRE(Bytes(read) == value);
     }
     if (paused) Expt.SetPauseIO(false);
