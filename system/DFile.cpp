@@ -20,6 +20,10 @@ constexpr int ReadMode = 1;
 constexpr int WriteMode = 2;
 constexpr int BinaryMode = 4;
 
+// The bytes by which a text is filled up that the file doesn't hold. A corrupt length can ask for
+// gigabytes.
+constexpr int MostZeros = 65536;
+
 // The mode text of the C library; modes without reading and writing give one that it refuses.
 DString ModeText(int mode) {
     DString text;
@@ -36,13 +40,6 @@ DString ModeText(int mode) {
 EntryKind KindOf(FILE* stream) {
     struct stat status;
     return fstat(fileno(stream), &status) == 0 ? KindOf(status) : EntryKind::None;
-}
-
-// Zero bytes in place of text that wasn't delivered. Touching all that a corrupt length asks for
-// would cost gigabytes.
-void FillUp(char* text, int bytes) {
-    constexpr int MostBytes = 65536;
-    memset(text, 0, static_cast<size_t>(std::min(bytes, MostBytes)));
 }
 
 // Calls `transfer(piece, bytes)` for each chunk of a block and adds up what it delivers. A short
@@ -133,7 +130,12 @@ void DFile::DSRead(DString& target, bool shortLength) {
         return;
     }
     const int delivered = BRead(text, length);
-    FillUp(text + delivered, length - delivered);
+    const int zeros = std::min(length - delivered, MostZeros);
+    memset(text + delivered, 0, static_cast<size_t>(zeros));
+    if (delivered + zeros == length) return;
+    DString cut;
+    cut.AllocCopy(delivered + zeros, text);
+    target = cut;
 }
 
 void DFile::DSWrite(const DString& text, int width) {

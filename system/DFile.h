@@ -35,7 +35,7 @@ public:
     /// The string record of the binary formats (docs/formats.md): a length of 2 bytes
     /// (`shortLength`) or 4, then the text. A length of 0 or below, or one that isn't delivered,
     /// leaves the target as it was. A text cut short by the end of the file is filled up with zero
-    /// bytes, 65,536 at most: further ones that are missing are undefined and cost no memory.
+    /// bytes, 65,536 at most, and ends with them.
     void DSRead(DString& target, bool shortLength);
     /// Writes that record with a length of `width` 2 or 4 bytes; any other width writes the bare
     /// text. A width of 2 keeps the low 16 bits of the length.

@@ -131,9 +131,14 @@ bool DIni::WriteFile(DString name, bool keepName) {
 }
 
 void DIni::RestoreFile() {
+    const MemoryWatch memory;
     m_Section = -1;
     loadstring();
-    WriteFile(m_FileName, false);
+    if (memory.Whole()) {
+        WriteFile(m_FileName, false);
+    } else {
+        Detach();
+    }
 }
 
 void DIni::CommitFile() {

@@ -444,10 +444,8 @@ TEST(DFileRecord, HugeLengthOfAShortFileCostsNoMemory) {
     opened.m_File.DSRead(target, false);
     EXPECT_LT(ResidentBytes() - before, 50000000);
     if (target.GetLength() == 0) GTEST_SKIP() << "this machine grants no gigabyte";
-    EXPECT_EQ(target.GetLength(), 1000000000);
-    const char* text = target;
-    EXPECT_EQ(std::string(text, 3), "abc");
-    EXPECT_EQ(std::string(text + 3, 65536), std::string(65536, '\0'));
+    EXPECT_EQ(Text(target), "abc" + std::string(65536, '\0'));
+    EXPECT_LT(target.GetAllocLength(), 100000);
 }
 
 TEST(DFileRecord, LengthThatMemoryIsRefusedForLeavesTheTarget) {
