@@ -146,9 +146,9 @@ private:
         for (size_t i = 0; i < text.size();) {
             const char c = text[i];
             if (strchr(" */^", c)) {
-                i += at(i + 1) == '\xC9' || at(i + 1) == '\xCB' ? 1 : 2;
+                i += at(i + 1) == '\xC9' || at(i + 1) == '\xCB' ? size_t{1} : 2;
             } else if ((c == 'e' || c == 'E') && i > 0) {
-                i += strchr("1234567890.", text[i - 1]) ? 2 : 1;
+                i += strchr("1234567890.", text[i - 1]) ? size_t{2} : 1;
             } else if (c == '\xC9') {
                 i = Past(text, '\xCA', i);
             } else if (c == '\xCB') {
