@@ -299,7 +299,8 @@ private:
 
     /// The length of a C text, null counting as empty, and npos at most.
     static int TextLength(const char* s) {
-        return s ? static_cast<int>(strnlen(s, static_cast<size_t>(npos))) : 0;
+        const size_t length = s ? strlen(s) : 0;
+        return length < static_cast<size_t>(npos) ? static_cast<int>(length) : npos;
     }
     static char* NewBlock(long size);
     static void FreeBlock(char* text);
