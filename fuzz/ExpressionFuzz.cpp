@@ -215,7 +215,8 @@ private:
         }
     }
 
-    float Single(std::string text) const {
+    float Single(const std::string& operand) const {
+        std::string text = operand;
         if (!text.empty() && text[0] == '\xCB') {
             text = text.size() < 2 ? "" : text.substr(1, text.size() - 2);
         }
@@ -223,7 +224,7 @@ private:
         if (IsNumber(text, value)) return value;
         if (m_Callback && m_Callback(text.c_str(), value)) return IsVF(value) ? value : Invalid;
         // What the object tells is the library's own; the way to it is checked here.
-        if (text.find('\\') != Nowhere) return Expt.ParseSingle(text.c_str(), nullptr);
+        if (text.find('\\') != Nowhere) return Expt.ParseSingle(operand.c_str(), nullptr);
         return IsNumber(Field(text), value) ? value : Invalid;
     }
 
