@@ -295,6 +295,14 @@ TEST_F(RefusedMemorySession, WhileARunIsStamped) {
     });
 }
 
+TEST_F(RefusedMemorySession, WhileSettingsAreRestored) {
+    OpenLab();
+    DIni settings(Scratch(".Tarsel/Tarsel.ini").c_str());
+    for (const char* section : {"Nodes", "Preferences", "Translations"})
+        settings.DeleteSection(section);
+    ExpectNoHarm([&] { settings.RestoreFile(); });
+}
+
 TEST_F(RefusedMemorySession, WhileAShotIsRenamed) {
     const DString name("A new name");
     ExpectNoHarmInShot([&] { Expt.RenameShot(name); });
