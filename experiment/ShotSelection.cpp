@@ -116,8 +116,10 @@ void Experiment::SetPauseIO(bool pause) {
     m_ScalarsIni.HoldWrite(pause);
     m_ScalarCacheIni.HoldWrite(pause);
     if (!pause) return;
+    const MemoryWatch memory;
     LoadFields();
     LoadCache();
+    if (!memory.Whole()) SetPauseIO(false);  // documents without a file would hold what is lost
 }
 
 void Experiment::SetTempShot(const DString& name, int group) {

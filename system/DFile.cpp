@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <limits>
 
 #include "system/DSystem.h"
 #include "system/FolderEntries.h"
@@ -20,9 +21,12 @@ constexpr int ReadMode = 1;
 constexpr int WriteMode = 2;
 constexpr int BinaryMode = 4;
 
-// The bytes by which a text is filled up that the file doesn't hold. A corrupt length can ask for
-// gigabytes.
+// The most zero bytes in place of text that wasn't delivered. Touching all that a corrupt length
+// asks for would cost gigabytes.
 constexpr int MostZeros = 65536;
+
+// A longer one has no block; asking for it would count as refused memory.
+constexpr int LongestText = std::numeric_limits<int>::max() - 64;
 
 // The mode text of the C library; modes without reading and writing give one that it refuses.
 DString ModeText(int mode) {
@@ -98,8 +102,7 @@ bool DFile::Open(DString name, int mode) {
         NoteFailedOpen();
         return false;
     }
-    if (KindOf(m_Stream) == EntryKind::Folder) Close();
-    return m_Stream;
+    return true;
 }
 
 void DFile::Close() {
@@ -124,18 +127,13 @@ void DFile::BWrite(const void* buffer, int count) {
 void DFile::DSRead(DString& target, bool shortLength) {
     const int length = shortLength ? ReadLength<int16_t>(*this) : ReadLength<int32_t>(*this);
     if (length <= 0) return;
-    char* text = target.GetBuffer(length);
+    char* text = length <= LongestText ? target.GetBuffer(length) : nullptr;
     if (!text) {
         fseeko64(m_Stream, length, SEEK_CUR);  // what stands behind the text is read all the same
         return;
     }
     const int delivered = BRead(text, length);
-    const int zeros = std::min(length - delivered, MostZeros);
-    memset(text + delivered, 0, static_cast<size_t>(zeros));
-    if (delivered + zeros == length) return;
-    DString cut;
-    cut.AllocCopy(delivered + zeros, text);
-    target = cut;
+    memset(text + delivered, 0, static_cast<size_t>(std::min(length - delivered, MostZeros)));
 }
 
 void DFile::DSWrite(const DString& text, int width) {

@@ -23,7 +23,8 @@ public:
 
     /// Opens a file, after closing what was open. `mode` is the sum of 1 (read), 2 (write) and
     /// 4 (binary): 5 reads a data file, 6 creates or replaces one, 7 updates one in place. Modes 0
-    /// and 4 are refused, and so is a folder in any mode. A FIFO waits for its other end.
+    /// and 4 are refused. A folder opens for reading and delivers nothing. A FIFO waits for its
+    /// other end.
     bool Open(DString name, int mode);
     void Close();
 
@@ -35,7 +36,7 @@ public:
     /// The string record of the binary formats (docs/formats.md): a length of 2 bytes
     /// (`shortLength`) or 4, then the text. A length of 0 or below, or one that isn't delivered,
     /// leaves the target as it was. A text cut short by the end of the file is filled up with zero
-    /// bytes, 65,536 at most, and ends with them.
+    /// bytes, 65,536 at most: further ones that are missing are undefined and cost no memory.
     void DSRead(DString& target, bool shortLength);
     /// Writes that record with a length of `width` 2 or 4 bytes; any other width writes the bare
     /// text. A width of 2 keeps the low 16 bits of the length.

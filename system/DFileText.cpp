@@ -33,8 +33,8 @@ bool IsSameFile(const DString& a, const DString& b) {
 
 // Copies `size` bytes in blocks. Bytes that the source doesn't deliver any more are zeros.
 void CopyBlocks(DFile& source, DFile& target, int size) {
-    constexpr int BlockSize = 32768;
-    char block[BlockSize];
+    constexpr int BlockSize = 1048576;
+    static char block[BlockSize];  // no memory that could be refused
     for (int left = size; left > 0;) {
         const int count = std::min(left, BlockSize);
         const int delivered = source.BRead(block, count);

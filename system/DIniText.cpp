@@ -85,7 +85,6 @@ public:
         if (m_Section < 0) return;
         DStringArray& lines = m_Lines[m_Section];
         if (m_Line == lines.Count()) {
-            if (m_Line == lines.Capacity()) lines.Reserve(2 * m_Line);
             lines.AddBlank(1);
             if (m_Line == lines.Count()) return;
         }
@@ -100,8 +99,6 @@ public:
     }
 
 private:
-    static constexpr int LinesGrain = 32;  // the sections of a group's fields are many and short
-
     template <typename T>
     static bool IsList(const DArray<T>& array) {
         return array.m_Rows == 1;
@@ -127,7 +124,6 @@ private:
             m_Lines.ReSize(count - 1);
             return false;
         }
-        m_Lines.Last().m_Grain = LinesGrain;
         return true;
     }
 

@@ -99,8 +99,8 @@ public:
 bool WriteAll(int descriptor, const char* bytes, ssize_t count) {
     while (count > 0) {
         const ssize_t written = write(descriptor, bytes, static_cast<size_t>(count));
-        if (written < 0 && errno != EINTR) return false;
-        if (written <= 0) continue;
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return false;
         bytes += written;
         count -= written;
     }

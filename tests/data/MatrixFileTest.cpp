@@ -634,11 +634,16 @@ TEST(MatrixFile, LongEvenAxisFromAStreamInMemoryHasAllCoordinates) {
     EXPECT_EQ(matrix.GetCoord(1, 139999), 3.0f + 139999 * 0.5f);
 }
 
-TEST(MatrixFile, FolderOfItsNameLeavesTheMatrixAsItWas) {
+TEST(MatrixFile, FolderOfItsNameIsReadAsAnEmptyFile) {
     MakeFolder(Scratch("matrix.dmt"));
+    WriteBytes(Scratch("empty.dmt"), "");
     Matrix matrix = UsedMatrix();
-    EXPECT_FALSE(matrix.Read(Scratch("matrix").c_str(), -1, 0));
-    ExpectUsedMatrix(matrix);
+    Matrix other = UsedMatrix();
+    EXPECT_TRUE(matrix.Read(Scratch("matrix").c_str(), -1, 0));
+    EXPECT_TRUE(other.Read(Scratch("empty").c_str(), -1, 0));
+    EXPECT_EQ(matrix.Count(), 0);
+    EXPECT_EQ(matrix.m_NDims, other.m_NDims);
+    EXPECT_EQ(Text(matrix.m_Label), Text(other.m_Label));
 }
 
 TEST(MatrixFile, ValuesThatGetNoMemoryAreNone) {
