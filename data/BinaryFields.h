@@ -113,13 +113,15 @@ inline int64_t BytesAhead(const DFile& file) {
 /// The most floats that one block transfer takes: the 60,000,000 bytes in which DFile moves blocks.
 constexpr int FloatsPerTransfer = 15000000;
 
-/// Reads up to FloatsPerTransfer floats; those that the file had. One that its end cuts in two
-/// becomes 0, and the others stay as they were.
+/// Reads up to FloatsPerTransfer floats; the number of those that the file had. One that its end
+/// cuts in two counts, with zeros for the bytes that are missing; the others stay as they were.
 inline int ReadFloats(DFile& file, float* values, int count) {
     constexpr int FloatBytes = sizeof(float);
     const int bytes = file.BRead(values, count * FloatBytes);
-    if (bytes % FloatBytes != 0) values[bytes / FloatBytes] = 0.0f;
-    return bytes / FloatBytes;
+    const int floats = (bytes + FloatBytes - 1) / FloatBytes;
+    memset(reinterpret_cast<char*>(values) + bytes, 0,
+           static_cast<size_t>(floats * FloatBytes - bytes));
+    return floats;
 }
 
 /// Makes an array of `count` floats and reads them; those that the file doesn't have are 0. Empty

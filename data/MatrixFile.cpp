@@ -26,17 +26,20 @@ constexpr int OpenToUpdate = 7;
 // coordinate alone and comes back evenly spaced downwards.
 bool HasAllCoords(const Matrix::MDim& axis) { return axis.m_Step == 0.0f; }
 
-// Even coordinates cost memory that the file doesn't hold, so that a big count of them is believed
-// only where the file is big enough for a value at each point. This many are made in any case.
-constexpr int64_t MostPointsAhead = 131072;
+// Even coordinates cost memory that the file doesn't hold, so that a huge count of them is believed
+// only where the file is big enough for a value at each point. This many are made in any case, and
+// the last one.
+constexpr int64_t MostPointsAhead = 16777216;
 
 void FillCoords(const DFile& file, Matrix::MDim& axis) {
     int64_t points = axis.Count();
     if (points > MostPointsAhead)
         points = std::min(points, std::max(MostPointsAhead, FileBytes(file) / 4));
     const float first = axis[0];
+    const auto fill = [&](int i) { axis[i] = static_cast<float>(i) * axis.m_Step + first; };
     for (int i = 1; i < points; ++i)
-        axis[i] = static_cast<float>(i) * axis.m_Step + first;
+        fill(i);
+    if (points < axis.Count()) fill(axis.Count() - 1);
 }
 
 // ---- The pieces of the file, each as it is read and as it is written

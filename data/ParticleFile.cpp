@@ -119,17 +119,26 @@ void TurnToWriting(DFile& file) {
     if (file.m_Stream) fseeko64(file.m_Stream, 0, SEEK_CUR);
 }
 
+// The file ended more than a mebibyte before what it announces.
+bool IsFarTooShort(DFile& file, const ParticleGroup& group) {
+    constexpr int64_t MostMissing = 1 << 20;
+    const int64_t announced = int64_t{4} * ParticleGroup::Columns * group.m_Particles +
+                              group.m_Note.GetLength() + group.m_Label.GetLength() +
+                              group.m_Date.GetLength();
+    return file.m_Stream && feof(file.m_Stream) && announced > FileBytes(file) + MostMissing;
+}
+
 // Writes all of an old file's particles behind it, in the form of today; the old header and
-// particles stay where they are. A file that is cut short isn't copied, since what it announces and
-// doesn't hold would be made up. Leaves the stream at the start. False, with nothing written, where
-// there is no memory for them.
+// particles stay where they are. What a file that is cut short doesn't hold is zeros in the copy;
+// one that is far too short isn't copied, since a corrupt number would fill the disk with them.
+// Leaves the stream at the start. False, with nothing written, where there is no memory for them.
 bool RewriteOldFile(DFile& file) {
     const MemoryWatch memory;
     ParticleGroup old(0);
     GoToStart(file);
     old.Read(file, -1, 0);
     if (!memory.Whole()) return false;
-    if (file.m_Stream && !feof(file.m_Stream)) {
+    if (!IsFarTooShort(file, old)) {
         TurnToWriting(file);
         old.Write(file);
     }

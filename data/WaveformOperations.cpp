@@ -135,7 +135,7 @@ int Interpolate(const DArray<float>& source, double start, double increment,
 bool CanAlignInPlace(const Waveform& trace, int points, float start, float increment) {
     const DArray<float> fresh;
     const int64_t capacity = int64_t{points} + fresh.m_Grain - points % fresh.m_Grain;
-    return points == trace.Count() && trace.m_Capacity == capacity && start >= 0.0f &&
+    return points > 0 && points == trace.Count() && trace.m_Capacity == capacity && start >= 0.0f &&
            increment >= 1.0f;
 }
 

@@ -602,14 +602,14 @@ TEST(MatrixFile, HugeEvenAxisOfAShortFileCostsNoMemory) {
     const long before = ResidentBytes();
     ASSERT_TRUE(
         ReadFrom(Int32(4) + Int32(0) + Int32(2) + AxisRecord(500000000, 0.5f, {3.0f}), matrix));
-    EXPECT_LT(ResidentBytes() - before, 50000000);
+    EXPECT_LT(ResidentBytes() - before, 120000000);
     EXPECT_EQ(matrix.GetOrigSize(1), 500000000);
     if (matrix.GetSize(1) == 0) GTEST_SKIP() << "this machine grants no 2 GB of address space";
     EXPECT_EQ(matrix.GetSize(1), 500000000);
     EXPECT_EQ(matrix.GetCoord(1, 0), 3.0f);
-    EXPECT_EQ(matrix.GetCoord(1, 131071), 3.0f + 131071 * 0.5f);
-    EXPECT_EQ(matrix.GetCoord(1, 131072), 0.0f);
-    EXPECT_EQ(matrix.GetCoord(1, 499999999), 0.0f);
+    EXPECT_EQ(matrix.GetCoord(1, 16777215), 16777215.0f * 0.5f + 3.0f);
+    EXPECT_EQ(matrix.GetCoord(1, 16777216), 0.0f);
+    EXPECT_EQ(matrix.GetCoord(1, 499999999), 499999999.0f * 0.5f + 3.0f);
 }
 
 TEST(MatrixFile, LongEvenAxisHasAllCoordinatesWhereTheFileCanHoldItsValues) {
@@ -738,6 +738,15 @@ TEST(MatrixFile, DimensionsOfAFileCutShortHoldNoOldPoints) {
     }
 }
 
+// A float of which the file has the first bytes alone: the others are zero.
+float WithoutLastBytes(float value, size_t missing) {
+    char bytes[sizeof value];
+    memcpy(bytes, &value, sizeof value);
+    memset(bytes + sizeof value - missing, 0, missing);
+    memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
 TEST(MatrixFile, CoordinatesThatAreNotThereAreZero) {
     const std::string whole = DmtFile().Bytes();
     Matrix matrix;
@@ -747,7 +756,8 @@ TEST(MatrixFile, CoordinatesThatAreNotThereAreZero) {
     }
     for (const size_t length : {36u, 37u, 39u}) {
         ASSERT_TRUE(ReadFrom(whole.substr(0, length), matrix));
-        EXPECT_EQ(Coords(matrix, 2), (FloatList{1.0f, 0.0f, 0.0f})) << length;
+        const float cut = WithoutLastBytes(2.5f, 40 - length);
+        EXPECT_EQ(Coords(matrix, 2), (FloatList{1.0f, cut, 0.0f})) << length;
     }
 }
 
@@ -756,8 +766,8 @@ TEST(MatrixFile, ValuesThatAreNotThereAreZero) {
     for (size_t missing = 0; missing <= 24 * 4; ++missing) {
         Matrix matrix = UsedMatrix();
         ASSERT_TRUE(ReadFrom(whole.substr(0, whole.size() - missing), matrix));
-        FloatList expected(FileValues.begin(),
-                           FileValues.end() - static_cast<long>(missing + 3) / 4);
+        FloatList expected(FileValues.begin(), FileValues.end() - static_cast<long>(missing / 4));
+        if (missing % 4 != 0) expected.back() = WithoutLastBytes(expected.back(), missing % 4);
         expected.resize(24, 0.0f);
         EXPECT_EQ(Values(matrix), expected) << missing;
     }

@@ -986,24 +986,17 @@ TEST(ParticleAppend, OldFileOfEightColumnsIsCopiedBehindItself) {
     ExpectParticles(group, Numbered({0, 1, 2, 70, 71}));
 }
 
-// A copy would be made of zeros for the most part.
-TEST(ParticleAppend, OldFileCutShortIsContinuedWithoutACopy) {
-    DptFile lessParticles = OldFile(8);
-    lessParticles.m_Particles = 4;
-    DptFile longText = OldFile(8);
-    longText.m_Date = Int32(30) + "06/07/2021";
-    longText.m_Records.clear();
-    longText.m_Particles = 0;
-    const std::pair<DptFile, size_t> files[] = {{lessParticles, lessParticles.Bytes().size() + 32},
-                                                {longText, longText.Bytes().size() + 20}};
-    for (const auto& [old, at] : files) {
-        DptFile header;
-        header.m_Particles = old.m_Particles + 2;
-        ParticleGroup group = UsedGroup();
-        EXPECT_EQ(Appended(old.Bytes(), group),
-                  Overwritten(Overwritten(old.Bytes(), 0, header.Header()), at,
-                              Floats(Numbered({70, 71}))));
-    }
+TEST(ParticleAppend, OldFileCutShortIsCopiedWithZerosForWhatIsMissing) {
+    const std::string whole = OldFile(8).Bytes();
+    DptFile more = OldFile(8);
+    more.m_Particles = 4;
+    const std::string cut = more.Bytes();
+    ParticleGroup group = UsedGroup();
+    ParticleGroup other = UsedGroup();
+    // The copy has a particle more, of zeros.
+    EXPECT_EQ(Appended(cut, group).size() - cut.size(),
+              Appended(whole, other).size() - whole.size() + 32);
+    EXPECT_EQ(group.m_FileParticles, other.m_FileParticles + 1);
 }
 
 TEST(ParticleAppend, HugeLengthsOfAShortOldFileCostNoDiskSpace) {
