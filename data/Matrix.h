@@ -128,7 +128,7 @@ public:
     /// that announces 4 dimensions or more leaves everything but m_NDims as it was, one that
     /// announces none leaves no values, and what a file that is cut short doesn't hold stays as it
     /// was in the header and is 0 in axes and values. The same holds for even coordinates behind
-    /// the first 16,777,216, but for the last, where the file is too short for a value at each
+    /// the first 1,048,576, but for the last, where the file is too short for a value at each
     /// point, so that a corrupt count costs no memory. Read a 2-D file into a fresh object: the
     /// layer axis isn't touched.
     bool Read(DString name, int stop, int start);

@@ -29,7 +29,7 @@ bool HasAllCoords(const Matrix::MDim& axis) { return axis.m_Step == 0.0f; }
 // Even coordinates cost memory that the file doesn't hold, so that a huge count of them is believed
 // only where the file is big enough for a value at each point. This many are made in any case, and
 // the last one.
-constexpr int64_t MostPointsAhead = 16777216;
+constexpr int64_t MostPointsAhead = 1048576;
 
 void FillCoords(const DFile& file, Matrix::MDim& axis) {
     int64_t points = axis.Count();

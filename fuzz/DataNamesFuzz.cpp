@@ -12,16 +12,6 @@
 
 namespace {
 
-std::string Bytes(const DString& text) {
-    return {static_cast<const char*>(text), static_cast<size_t>(text.GetLength())};
-}
-
-DString Text(const std::string& bytes) {
-    DString text;
-    text.AllocCopy(static_cast<int>(bytes.size()), bytes.data());
-    return text;
-}
-
 bool HasZero(const std::string& text) { return text.find('\0') != text.npos; }
 
 void CheckParts(const std::string& path) {

@@ -26,17 +26,6 @@ struct Edit {
     std::string m_Value;
 };
 
-// All bytes, also behind a zero byte.
-DString Text(const std::string& bytes) {
-    DString text;
-    text.AllocCopy(static_cast<int>(bytes.size()), bytes.data());
-    return text;
-}
-
-std::string Bytes(const DString& text) {
-    return {static_cast<const char*>(text), static_cast<size_t>(text.GetLength())};
-}
-
 bool HasZero(const std::string& bytes) { return bytes.find('\0') != std::string::npos; }
 
 bool IsSameName(const std::string& a, const std::string& b) {

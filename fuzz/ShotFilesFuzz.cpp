@@ -20,16 +20,6 @@ const char* const Shots[] = {"e/Shots/Shot1",      "e/Shots/Shot2",      "e/Shot
                              "Data2/Shot*1",       "Data2/ShotA[1",      "Data2/ShotA-0001",
                              "Data2/ShotA000011a", "Data2/ShotX/Shot12", "e/Shots/ShotData1/A0010"};
 
-std::string Bytes(const DString& text) {
-    return {static_cast<const char*>(text), static_cast<size_t>(text.GetLength())};
-}
-
-DString Text(const std::string& bytes) {
-    DString text;
-    text.AllocCopy(static_cast<int>(bytes.size()), bytes.data());
-    return text;
-}
-
 void MakeShots() {
     for (const char* shot : Shots)
         std::filesystem::create_directories(Scratch(shot));

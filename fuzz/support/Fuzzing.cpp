@@ -94,6 +94,16 @@ void WriteBytes(const std::string& path, std::string_view bytes) {
     close(file);
 }
 
+std::string Bytes(const DString& text) {
+    return {static_cast<const char*>(text), static_cast<size_t>(text.GetLength())};
+}
+
+DString Text(const std::string& bytes) {
+    DString text;
+    text.AllocCopy(static_cast<int>(bytes.size()), bytes.data());
+    return text;
+}
+
 std::string ReadBytes(const std::string& path) {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) return {};

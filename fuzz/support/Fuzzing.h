@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+class DString;
+
 /// The bytes of one run, from the front on. Where they are used up, numbers are 0 and texts empty.
 class Input {
 public:
@@ -44,6 +46,9 @@ const std::string& ScratchFolder();
 std::string Scratch(const std::string& name);
 /// Replaces a file by exactly these bytes.
 void WriteBytes(const std::string& path, std::string_view bytes);
+/// The bytes of a text and a text of these bytes, zero bytes included.
+std::string Bytes(const DString& text);
+DString Text(const std::string& bytes);
 /// The bytes of a file, empty if there is none.
 std::string ReadBytes(const std::string& path);
 /// Installs the sink with which every target starts: it drops what the library says.

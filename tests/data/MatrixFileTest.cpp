@@ -602,36 +602,36 @@ TEST(MatrixFile, HugeEvenAxisOfAShortFileCostsNoMemory) {
     const long before = ResidentBytes();
     ASSERT_TRUE(
         ReadFrom(Int32(4) + Int32(0) + Int32(2) + AxisRecord(500000000, 0.5f, {3.0f}), matrix));
-    EXPECT_LT(ResidentBytes() - before, 120000000);
+    EXPECT_LT(ResidentBytes() - before, 50000000);
     EXPECT_EQ(matrix.GetOrigSize(1), 500000000);
     if (matrix.GetSize(1) == 0) GTEST_SKIP() << "this machine grants no 2 GB of address space";
     EXPECT_EQ(matrix.GetSize(1), 500000000);
     EXPECT_EQ(matrix.GetCoord(1, 0), 3.0f);
-    EXPECT_EQ(matrix.GetCoord(1, 16777215), 16777215.0f * 0.5f + 3.0f);
-    EXPECT_EQ(matrix.GetCoord(1, 16777216), 0.0f);
+    EXPECT_EQ(matrix.GetCoord(1, 1048575), 1048575.0f * 0.5f + 3.0f);
+    EXPECT_EQ(matrix.GetCoord(1, 1048576), 0.0f);
     EXPECT_EQ(matrix.GetCoord(1, 499999999), 499999999.0f * 0.5f + 3.0f);
 }
 
 TEST(MatrixFile, LongEvenAxisHasAllCoordinatesWhereTheFileCanHoldItsValues) {
     DmtFile file = FlatDmtFile();
-    file.m_Axes = AxisRecord(140000, 0.5f, {3.0f}) + AxisRecord(1, 2.0f, {-1.0f});
-    file.m_Values = std::string(4 * 140000, '\0');
+    file.m_Axes = AxisRecord(1100000, 0.5f, {3.0f}) + AxisRecord(1, 2.0f, {-1.0f});
+    file.m_Values = std::string(4 * 1100000, '\0');
     Matrix matrix;
     ASSERT_TRUE(ReadFrom(file, matrix));
-    ASSERT_EQ(matrix.Count(), 140000);
-    EXPECT_EQ(matrix.GetCoord(1, 131072), 3.0f + 131072 * 0.5f);
-    EXPECT_EQ(matrix.GetCoord(1, 139999), 3.0f + 139999 * 0.5f);
+    ASSERT_EQ(matrix.Count(), 1100000);
+    EXPECT_EQ(matrix.GetCoord(1, 1048576), 3.0f + 1048576 * 0.5f);
+    EXPECT_EQ(matrix.GetCoord(1, 1099999), 3.0f + 1099999 * 0.5f);
 }
 
 TEST(MatrixFile, LongEvenAxisFromAStreamInMemoryHasAllCoordinates) {
-    std::string bytes =
-        Int32(4) + Int32(0) + Int32(2) + AxisRecord(140000, 0.5f, {3.0f}) + AxisRecord(0, 1.0f, {});
+    std::string bytes = Int32(4) + Int32(0) + Int32(2) + AxisRecord(1100000, 0.5f, {3.0f}) +
+                        AxisRecord(0, 1.0f, {});
     DFile file;
     file.m_Stream = fmemopen(bytes.data(), bytes.size(), "rb");
     ASSERT_NE(file.m_Stream, nullptr);
     Matrix matrix;
     matrix.Read(file, -1, 0);
-    EXPECT_EQ(matrix.GetCoord(1, 139999), 3.0f + 139999 * 0.5f);
+    EXPECT_EQ(matrix.GetCoord(1, 1099999), 3.0f + 1099999 * 0.5f);
 }
 
 TEST(MatrixFile, FolderOfItsNameIsReadAsAnEmptyFile) {

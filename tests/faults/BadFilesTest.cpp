@@ -1,6 +1,5 @@
 // Files and folders that aren't what the library expects: too little room, no rights, another kind,
 // links that lead nowhere, and names too long.
-#include <grp.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -21,8 +20,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr uid_t Nobody = 65534;
 
 // While it lives, no file of this process gets longer than `bytes`: the disk is full.
 class FullDisk {
@@ -52,24 +49,6 @@ protected:
     void SetUp() override {
         MakeLab();
         OpenLab();
-    }
-
-    // Runs the body as a user without special rights, who owns all files of the test.
-    void AsNobody(const std::function<void()>& body) {
-        if (geteuid() == 0) {
-            ASSERT_EQ(chown(ScratchFolder().c_str(), Nobody, Nobody), 0);
-            for (const auto& entry : fs::recursive_directory_iterator(ScratchFolder()))
-                ASSERT_EQ(lchown(entry.path().c_str(), Nobody, Nobody), 0);
-        }
-        EXPECT_EQ(InChild([&] {
-                      if (geteuid() == 0) {
-                          ASSERT_EQ(setgroups(0, nullptr), 0);
-                          ASSERT_EQ(setgid(Nobody), 0);
-                          ASSERT_EQ(setuid(Nobody), 0);
-                      }
-                      body();
-                  }),
-                  ChildEnd::Passed);
     }
 
     static std::string Field(const char* key) { return Text(Expt.GetShotData(key)); }

@@ -1,5 +1,4 @@
 // A process whose surroundings are broken: no home, no clock, no log, no standard streams.
-#include <grp.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,31 +17,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr uid_t Nobody = 65534;
-
 class BadSurroundings : public testing::Test {
 protected:
     NoSleep m_NoSleep;
 
     void SetUp() override { MakeLab(); }
-
-    // A session of a user without special rights, who can't make "/.Tarsel" and the like.
-    void AsNobody(const std::function<void()>& body) {
-        if (geteuid() == 0) {
-            ASSERT_EQ(chown(ScratchFolder().c_str(), Nobody, Nobody), 0);
-            for (const auto& entry : fs::recursive_directory_iterator(ScratchFolder()))
-                ASSERT_EQ(lchown(entry.path().c_str(), Nobody, Nobody), 0);
-        }
-        EXPECT_EQ(InChild([&] {
-                      if (geteuid() == 0) {
-                          ASSERT_EQ(setgroups(0, nullptr), 0);
-                          ASSERT_EQ(setgid(Nobody), 0);
-                          ASSERT_EQ(setuid(Nobody), 0);
-                      }
-                      body();
-                  }),
-                  ChildEnd::Passed);
-    }
 };
 
 // A session that uses each kind of file, and speaks.

@@ -1,6 +1,9 @@
 // The experiment to be harmed; see Lab.h.
 #include "faults/Lab.h"
 
+#include <grp.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <set>
@@ -195,4 +198,22 @@ void ExpectWorkingSession() {
     SetWaveformC("Later", 0, 1, 50, samples.data());
     GetWaveformC("Later", 0, 1, 50, read.data());
     EXPECT_EQ(read, samples);
+}
+
+void AsNobody(const std::function<void()>& body) {
+    constexpr uid_t Nobody = 65534;
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown(ScratchFolder().c_str(), Nobody, Nobody), 0);
+        for (const auto& entry : fs::recursive_directory_iterator(ScratchFolder()))
+            ASSERT_EQ(lchown(entry.path().c_str(), Nobody, Nobody), 0);
+    }
+    EXPECT_EQ(InChild([&] {
+                  if (geteuid() == 0) {
+                      ASSERT_EQ(setgroups(0, nullptr), 0);
+                      ASSERT_EQ(setgid(Nobody), 0);
+                      ASSERT_EQ(setuid(Nobody), 0);
+                  }
+                  body();
+              }),
+              ChildEnd::Passed);
 }

@@ -29,3 +29,7 @@ void ExpectOneOf(const std::vector<Snapshot>& states, const std::string& folder,
 /// A session goes on: fields and data of the shot 7 are stored and come back, and those of other
 /// shots are what they were.
 void ExpectWorkingSession();
+
+/// Runs the body in a child process as a user without special rights, who owns all files of the
+/// test.
+void AsNobody(const std::function<void()>& body);
