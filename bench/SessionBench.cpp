@@ -10,6 +10,7 @@
 #include <cctype>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -65,19 +66,26 @@ void Select(int shots) {
 
 // ---- Yardsticks of the file system
 
-std::string ReadFile(const std::string& path) {
+// What a file holds, in memory that isn't zeroed first.
+struct FileBytes {
+    std::unique_ptr<char[]> m_Bytes;
+    size_t m_Length;
+};
+
+FileBytes ReadFile(const std::string& path) {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat about {};
     fstat(file, &about);
-    std::string bytes(static_cast<size_t>(about.st_size), '\0');
-    if (read(file, bytes.data(), bytes.size()) < 0) bytes.clear();
+    const size_t length = static_cast<size_t>(about.st_size);
+    FileBytes bytes{std::make_unique_for_overwrite<char[]>(length), length};
+    if (read(file, bytes.m_Bytes.get(), length) < 0) abort();
     close(file);
     return bytes;
 }
 
-void WriteFile(const std::string& path, const std::string& bytes) {
+void WriteFile(const std::string& path, const FileBytes& bytes) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (write(file, bytes.data(), bytes.size()) < 0) abort();
+    if (write(file, bytes.m_Bytes.get(), bytes.m_Length) < 0) abort();
     close(file);
 }
 

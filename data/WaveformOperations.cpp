@@ -2,6 +2,7 @@
 // to index.
 #include <math.h>
 #include <stdint.h>
+#include <string.h>
 
 #include <algorithm>
 #include <bit>
@@ -17,7 +18,9 @@ namespace {
 /// The positions of new points in samples of the old trace, summed up in double, point by point.
 class Positions {
 public:
-    static constexpr int Ahead = 64;  ///< points that are looked ahead at once
+    /// Points that are looked ahead at once: a few, so that the chain of sums goes on while the
+    /// points before are interpolated.
+    static constexpr int Ahead = 16;
 
     /// `last` is the greatest position that is asked for.
     Positions(double start, double increment, double last)
@@ -81,13 +84,32 @@ Value Between(Value before, Value behind, Value fraction) {
     return before + (behind - before) * fraction;
 }
 
-// One step for all points after the other, so that compilers take several points at once. The
-// target may lie among the samples, but not behind the first position.
+// Two samples from each of two places.
+FourFloats LoadPairs(const float* first, const float* second) {
+    using Pairs [[gnu::vector_size(16)]] = int64_t;
+    int64_t pairs[2];
+    memcpy(&pairs[0], first, sizeof pairs[0]);
+    memcpy(&pairs[1], second, sizeof pairs[1]);
+    return std::bit_cast<FourFloats>(Pairs{pairs[0], pairs[1]});
+}
+
+// One step for all points after the other, and each for several points at once. The target may lie
+// among the samples, but not behind the first position.
 void InterpolateBlock(const float* source, const double (&positions)[Positions::Ahead],
                       float* target) {
-    for (int j = 0; j < Positions::Ahead; ++j) {
-        const int i = static_cast<int>(positions[j]);
-        target[j] = Between(source[i], source[i + 1], static_cast<float>(positions[j] - i));
+    int index[Positions::Ahead];
+    float fraction[Positions::Ahead];
+    for (int j = 0; j < Positions::Ahead; ++j)
+        index[j] = static_cast<int>(positions[j]);
+    for (int j = 0; j < Positions::Ahead; ++j)
+        fraction[j] = static_cast<float>(positions[j] - index[j]);
+    for (int j = 0; j < Positions::Ahead; j += 4) {
+        const FourFloats low = LoadPairs(source + index[j], source + index[j + 1]);
+        const FourFloats high = LoadPairs(source + index[j + 2], source + index[j + 3]);
+        const FourFloats before = __builtin_shufflevector(low, high, 0, 2, 4, 6);
+        const FourFloats behind = __builtin_shufflevector(low, high, 1, 3, 5, 7);
+        const FourFloats values = Between(before, behind, LoadFour(fraction + j));
+        memcpy(target + j, &values, sizeof values);
     }
 }
 

@@ -268,6 +268,9 @@ public:
 private:
     DString ShotPath(int group, const DString& shot) const;
     bool HasShot(int group, const DString& shot) const;
+    bool HasShot(int group, const DString& shot, DString& folder) const;
+    int FindShot(DString& shot, DString& folder) const;
+    int FindLeaf(const DString& leaf, DString& folder) const;
     bool HasGroup(int group) const { return group >= 0 && group < m_GroupPaths.Count(); }
     DString CacheSection() const;
     class ShotRange;
@@ -290,7 +293,6 @@ private:
                    DArray<int>& groups) const;
     void KeepShotsWith(const DString& dataName, DStringArray& names, DArray<int>& groups,
                        DArray<long>* dates) const;
-    void ParseShotLine(const DString& line, DString& name, int& group) const;
     void ReadShotList(const DString& list, DStringArray& names, DArray<int>& groups);
     void SetTraceParameter(const DString& key, int backslash, float value);
     bool ResolveBrackets(DString& text, ValueCallback callback, float& result);

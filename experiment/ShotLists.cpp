@@ -47,6 +47,41 @@ bool ForEachEntry(const DString& folder, Take take) {
     return true;
 }
 
+// Parses the lines of a shot list. Most name the group of the line before, whose path is resolved
+// once.
+class ShotLineParser {
+public:
+    explicit ShotLineParser(const Experiment& experiment) : m_Experiment(experiment) {}
+
+    // The group of a line, -1 if it isn't known. A line holds the shot's name and behind ";" the
+    // path of its group, group 0 where there is none.
+    int Parse(const DString& line, DString& name) {
+        const DString text = WithoutQuotes(line);
+        name = text.BeforeFirst(';', true);
+        return name.GetLength() < text.GetLength() ? GroupOf(text, name.GetLength() + 1) : 0;
+    }
+
+private:
+    // Of the path that is `text` from `start` on.
+    int GroupOf(const DString& text, int start) {
+        const int length = text.GetLength() - start;
+        const bool isLast = m_IsKnown && length == m_Path.GetLength() &&
+                            memcmp(m_Path, static_cast<const char*>(text) + start,
+                                   static_cast<size_t>(length)) == 0;
+        if (isLast) return m_Group;
+        const MemoryWatch memory;
+        m_Path = text.Mid(start, npos);
+        m_Group = m_Experiment.GetShotGroupNumber(m_Experiment.FullPath(m_Path));
+        m_IsKnown = memory.Whole();
+        return m_Group;
+    }
+
+    const Experiment& m_Experiment;
+    DString m_Path;
+    int m_Group = -1;
+    bool m_IsKnown = false;
+};
+
 struct Shot {
     DString m_Name;
     int m_Group;
@@ -237,24 +272,16 @@ void Experiment::GetShotList(const DString& list, int group, DStringArray& names
         (*dates)[i] = HasGroup(groups[i]) ? FileDate(ShotPath(groups[i], names[i])) : 0;
 }
 
-// A line holds the shot's name and behind ";" the path of its group, group 0 where there is none.
-void Experiment::ParseShotLine(const DString& line, DString& name, int& group) const {
-    const DString text = WithoutQuotes(line);
-    name = text.BeforeFirst(';', true);
-    const bool hasPath = name.GetLength() < text.GetLength();
-    group = hasPath ? GetShotGroupNumber(FullPath(text.AfterFirst(';', false))) : 0;
-}
-
 // The existing shots of a list file, each in the group that its line names.
 void Experiment::ReadShotList(const DString& list, DStringArray& names, DArray<int>& groups) {
     CreateFolder(AppendExptPathElts(ListFolder));
     DStringArray lines;
     DFile::GetLines(AppendExptPathElts(ListFolder, WithTextSuffix(list)), lines);
     groups.Clear();
+    ShotLineParser parser(*this);
     for (int i = 0; i < lines.Count(); ++i) {
         DString name;
-        int group = 0;
-        ParseShotLine(lines[i], name, group);
+        const int group = parser.Parse(lines[i], name);
         if (HasGroup(group) && HasShot(group, name)) AddShot(name, group, names, groups);
     }
 }
@@ -355,10 +382,10 @@ void Experiment::MergeShotList(DString source, const DString& fileName, DStringA
     DFile::GetLines(WithTextSuffix(source), lines);
     DStringArray merged;
     DArray<int> mergedGroups;
+    ShotLineParser parser(*this);
     for (int i = 0; i < lines.Count(); ++i) {
         DString name;
-        int group = 0;
-        ParseShotLine(lines[i], name, group);
+        const int group = parser.Parse(lines[i], name);
         merged.Add(name);
         mergedGroups.Add(group);
     }

@@ -60,14 +60,15 @@ bool Experiment::SetShot(DString name, int group) {
         return false;
     }
     const MemoryWatch memory;
+    DString folder;
     if (name[0] == '*') name = name.Mid(1, npos);
-    if (group < 0) group = GuessPathFromShot(name);
+    if (group < 0) group = FindShot(name, folder);
     if (strcmp(name, m_ShotName) == 0 && group == m_CurrentGroup) return true;
     if (!HasGroup(group)) {
         if (Logging) Log("gnum is " + DString(group));
         return false;
     }
-    const DString folder = ShotPath(group, name);
+    if (folder.IsEmpty()) folder = ShotPath(group, name);
     const DString cacheFile = AppendPathElts(m_GroupPaths[group], "ScalarCache.ini");
     const DString fieldsFile = AppendPathElts(folder, "Scalars.ini");
     if (!memory.Whole()) return false;
@@ -88,24 +89,45 @@ DString Experiment::ShotPath(int group, const DString& shot) const {
     return path;
 }
 
+// `folder` becomes the path that was looked for; the case of what is there may differ.
+bool Experiment::HasShot(int group, const DString& shot, DString& folder) const {
+    folder = ShotPath(group, shot);
+    DString found(folder);
+    return FolderExists(found);
+}
+
 bool Experiment::HasShot(int group, const DString& shot) const {
-    DString folder = ShotPath(group, shot);
-    return FolderExists(folder);
+    DString folder;
+    return HasShot(group, shot, folder);
 }
 
 int Experiment::GuessPathFromShot(DString& shot) const {
+    DString folder;
+    return FindShot(shot, folder);
+}
+
+// GuessPathFromShot; `folder` becomes the folder of the shot as it is named then, or empty if it has
+// to be put together anew.
+int Experiment::FindShot(DString& shot, DString& folder) const {
     DString groupName;
     DString leaf(shot);
-    if (strchr(shot, '/')) SplitPathElts(shot, groupName, leaf);
+    const bool hasGroupPart = strchr(shot, '/') != nullptr;
+    if (hasGroupPart) SplitPathElts(shot, groupName, leaf);
     for (int i = 0; !groupName.IsEmpty() && i < m_GroupPaths.Count(); ++i) {
         if (LastElement(m_GroupPaths[i]) != groupName) continue;
-        if (!HasShot(i, leaf)) continue;
+        if (!HasShot(i, leaf, folder)) continue;
         shot = leaf;
         return i;
     }
-    if (HasGroup(m_CurrentGroup) && HasShot(m_CurrentGroup, leaf)) return m_CurrentGroup;
+    const int group = FindLeaf(leaf, folder);
+    if (group < 0 || hasGroupPart) folder = DString();
+    return group;
+}
+
+int Experiment::FindLeaf(const DString& leaf, DString& folder) const {
+    if (HasGroup(m_CurrentGroup) && HasShot(m_CurrentGroup, leaf, folder)) return m_CurrentGroup;
     for (int i = 0; i < m_GroupPaths.Count(); ++i) {
-        if (i != m_CurrentGroup && HasShot(i, leaf)) return i;
+        if (i != m_CurrentGroup && HasShot(i, leaf, folder)) return i;
     }
     return -1;
 }

@@ -47,7 +47,7 @@ std::string_view HeadingName(std::string_view line) {
 
 // Fetches the lines of the section after next ahead of their use: those of a large document lie all
 // over the memory, and waiting for each in turn is most of the time that a pass over them takes.
-void FetchAhead(const DArray<DStringArray>& lines, int section) {
+[[gnu::always_inline]] inline void FetchAhead(const DArray<DStringArray>& lines, int section) {
     if (section + 2 < lines.Count()) {
         const DStringArray& next = lines[section + 2];
         for (int i = 0; i < next.Count(); i += 8)

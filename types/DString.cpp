@@ -24,6 +24,7 @@ constinit long RefusedBlocks = 0;
 namespace {
 
 constexpr long SmallestBlock = 32;
+constexpr long LargestBlock = std::numeric_limits<int>::max();
 
 // The formula is keyed to the free list: texts of up to 6 characters take its 32-byte blocks.
 constexpr long BlockSize(int n) {
@@ -35,17 +36,17 @@ constexpr long BlockSize(int n) {
 constexpr long StorageSize(long size) {
     constexpr long SmallestWithRoom = 256;
     if (size < SmallestWithRoom) return size;
-    const long step = static_cast<long>(std::bit_floor(static_cast<unsigned long>(size))) / 2;
-    return (size + step - 1) & -step;
+    return static_cast<long>(std::bit_ceil(static_cast<unsigned long>(size)));
 }
 
-// Null where memory is refused. Kept out of the way of short blocks, which come off the free list.
+// Null where memory is refused. The form of new that throws, since the other one calls it.
 char* NewStorage(long size) {
-    char* storage = size > std::numeric_limits<int>::max()
-                        ? nullptr
-                        : new (std::nothrow) char[static_cast<size_t>(StorageSize(size))];
-    if (!storage) ++RefusedBlocks;
-    return storage;
+    try {
+        if (size <= LargestBlock) return new char[static_cast<size_t>(StorageSize(size))];
+    } catch (const std::bad_alloc&) {
+    }
+    ++RefusedBlocks;
+    return nullptr;
 }
 
 }  // namespace
@@ -84,14 +85,12 @@ void DString::SetLength(int n) {
 }
 
 // Whether `n` characters have their place where the text stands; if so, the block has their size.
+// The shared empty block has no storage, so that nothing fits it.
 inline bool DString::Fits(int n) {
-    if (IsUnset() || Block()->m_Refs > 1) return false;
-    const long alloc = Block()->m_Alloc;
+    if (!m_Text || Block()->m_Refs > 1) return false;
     const long size = BlockSize(n);
-    if (size <= alloc) return true;
-    if (size > std::numeric_limits<int>::max() || StorageSize(size) != StorageSize(alloc)) {
-        return false;
-    }
+    if (size <= Block()->m_Alloc) return true;
+    if (size > LargestBlock || size > StorageSize(Block()->m_Alloc)) return false;
     Block()->m_Alloc = static_cast<int>(size);
     return true;
 }
@@ -146,20 +145,27 @@ DString& DString::Copy(const DString& other) {
 void DString::ConcatSelf(int n, const char* src) {
     if (n < 1 || !src) return;
     const int length = GetLength();
+    if (n <= npos - length && Fits(length + n)) {
+        SetLength(length + n);  // a piece of this text ends ahead of the new terminator
+        memmove(m_Text + length, src, static_cast<size_t>(n));
+    } else {
+        Outgrow(n, src);
+    }
+}
+
+// Appends in a new block. Not inlined, so that appending in place needs no stack.
+[[gnu::noinline]] void DString::Outgrow(int n, const char* src) {
+    const int length = GetLength();
     if (n > npos - length) {
         ++RefusedBlocks;
         return;
     }
-    if (Fits(length + n)) {
-        memmove(m_Text + length, src, static_cast<size_t>(n));
-    } else {
-        char* text = NewBlock(BlockSize(length + n));
-        if (!text) return;
-        memcpy(text, *this, static_cast<size_t>(length));
-        memcpy(text + length, src, static_cast<size_t>(n));
-        Release();
-        m_Text = text;
-    }
+    char* text = NewBlock(BlockSize(length + n));
+    if (!text) return;
+    memcpy(text, *this, static_cast<size_t>(length));
+    memcpy(text + length, src, static_cast<size_t>(n));
+    Release();
+    m_Text = text;
     SetLength(length + n);
 }
 

@@ -34,6 +34,13 @@ char* Copied(const DString& text, char* target) {
     return target + length;
 }
 
+// The texts of a long list lie all over the memory: they are fetched ahead of their use, since
+// waiting for each in turn would take most of the time.
+[[gnu::always_inline]] inline void FetchAhead(const DStringArray& list, int i) {
+    constexpr int Ahead = 16;
+    if (i + Ahead < list.Count()) __builtin_prefetch(list[i + Ahead]);
+}
+
 // Goes through the pieces of a text that have a delimiter behind them.
 class PieceWalk {
 public:
@@ -165,14 +172,18 @@ DString DStringArray::Join(const DString& sep) const {
     if (Count() == 0) return DString("");
     if (Count() == 1) return (*this)[0];
     int64_t length = static_cast<int64_t>(sep.GetLength()) * (m_Count - 1);
-    for (int i = 0; i < Count(); ++i)
+    for (int i = 0; i < Count(); ++i) {
+        FetchAhead(*this, i);
         length += (*this)[i].GetLength();
+    }
     DString result;
     char* target = length > npos ? nullptr : result.GetBuffer(static_cast<int>(length));
     if (!target) return DString("");
     target = Copied((*this)[0], target);
-    for (int i = 1; i < Count(); ++i)
+    for (int i = 1; i < Count(); ++i) {
+        FetchAhead(*this, i);
         target = Copied((*this)[i], Copied(sep, target));
+    }
     return result;
 }
 

@@ -22,45 +22,61 @@ DString& MapLetters(DString& text, char (*map)(char)) {
 // What C string calls see of a text, in small letters.
 DString LoweredCopy(const char* text) { return DString(text).ToLower(); }
 
-// strstr, which is slower where it has one byte to look for.
-const char* FindText(const char* text, const char* pattern, size_t length) {
-    return length == 1 ? strchr(text, *pattern) : strstr(text, pattern);
-}
-
-// How often `pattern` is found, each time behind the one before; an empty or null one never is.
-int CountMatches(const char* text, const char* pattern, bool all) {
-    if (!pattern || !*pattern) return 0;
-    const size_t length = strlen(pattern);
-    int count = 0;
-    for (const char* found = FindText(text, pattern, length); found;
-         found = FindText(found + length, pattern, length)) {
-        ++count;
-        if (!all) break;
+// A pattern and the part of a text in which it is looked for, which ends at the first zero byte.
+class Search {
+public:
+    Search(const char* text, const char* pattern)
+        : m_Pattern(pattern ? pattern : ""),
+          m_Length(strlen(m_Pattern)),
+          m_Begin(text),
+          m_End(text + strlen(text)) {}
+    /// The first match at or behind `start`, or null; an empty or null pattern has none. strstr is
+    /// slower where it has one byte to look for.
+    const char* From(const char* start) const {
+        if (m_Length > 1) return strstr(start, m_Pattern);
+        if (m_Length == 0) return nullptr;
+        const size_t left = static_cast<size_t>(m_End - start);
+        return static_cast<const char*>(memchr(start, *m_Pattern, left));
     }
+    const char* After(const char* match) const { return From(match + m_Length); }
+
+    const char* const m_Pattern;
+    const size_t m_Length;
+    const char* const m_Begin;
+    const char* const m_End;
+};
+
+// How many matches there are from `match` on, each behind the one before.
+int CountMatches(const Search& search, const char* match) {
+    int count = 0;
+    for (; match; match = search.After(match))
+        ++count;
     return count;
 }
 
-// `text` with `with` in the place of the first `count` matches, which are looked for in `searched`:
-// the text itself, or its copy in small letters. One allocation, whatever the count.
-DString ReplaceMatches(const char* text, const char* searched, const char* old, const char* with,
-                       int count) {
-    const size_t oldLength = strlen(old);
+// `text` with `with` in the place of `count` matches from the first on. They are looked for in the
+// text itself or in its copy in small letters. One allocation, whatever the count.
+DString ReplaceMatches(const char* text, const Search& search, const char* match, int count,
+                       const char* with) {
     const size_t withLength = with ? strlen(with) : 0;
-    const size_t length = strlen(text);
-    const size_t wanted =
-        length - static_cast<size_t>(count) * oldLength + static_cast<size_t>(count) * withLength;
+    const size_t length = static_cast<size_t>(search.m_End - search.m_Begin);
+    const size_t wanted = length - static_cast<size_t>(count) * search.m_Length +
+                          static_cast<size_t>(count) * withLength;
     DString result;
-    if (wanted > static_cast<size_t>(npos)) return result;
-    char* target = result.GetBuffer(static_cast<int>(wanted));
-    const char* end = text + length;
-    for (; target && count > 0; --count) {
-        const size_t before = static_cast<size_t>(FindText(searched, old, oldLength) - searched);
+    char* target =
+        wanted <= static_cast<size_t>(npos) ? result.GetBuffer(static_cast<int>(wanted)) : nullptr;
+    if (!target) return result;
+    const char* searched = search.m_Begin;
+    while (true) {
+        const size_t before = static_cast<size_t>(match - searched);
         target = std::copy_n(text, before, target);
-        if (with) target = std::copy_n(with, withLength, target);
-        text += before + oldLength;
-        searched += before + oldLength;
+        target = std::copy_n(with, withLength, target);
+        text += before + search.m_Length;
+        searched = match + search.m_Length;
+        if (--count == 0) break;
+        match = search.From(searched);
     }
-    if (target) std::copy(text, end, target);
+    std::copy_n(text, search.m_End - searched, target);
     return result;
 }
 
@@ -242,10 +258,12 @@ DString DString::Replace(const char* old, const char* with, bool all, int* count
         if (m_Text && count) *count = 0;
         return DString("");
     }
-    const int found = CountMatches(m_Text, old, all);
-    if (found == 0) return *this;
+    const Search search(m_Text, old);
+    const char* const match = search.From(m_Text);
+    if (!match) return *this;
+    const int found = all ? CountMatches(search, match) : 1;
     if (count) *count = found;
-    return ReplaceMatches(m_Text, m_Text, old, with, found);
+    return ReplaceMatches(m_Text, search, match, found, with);
 }
 
 DString DString::Replace(const char* old, const DString& with, bool all, int* count) const {
@@ -260,7 +278,9 @@ DString DString::ReplaceI(const char* old, const char* with, bool all, int* coun
     if (!m_Text) return DString("");
     const DString text = LoweredCopy(m_Text);
     const DString pattern = LoweredCopy(old);
-    const int found = CountMatches(text, pattern, all);
+    const Search search(text, pattern);
+    const char* const match = search.From(text);
+    const int found = all || !match ? CountMatches(search, match) : 1;
     if (count) *count = found;
-    return found == 0 ? *this : ReplaceMatches(m_Text, text, pattern, with, found);
+    return found == 0 ? *this : ReplaceMatches(m_Text, search, match, found, with);
 }
