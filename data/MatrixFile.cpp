@@ -35,11 +35,13 @@ void FillCoords(const DFile& file, Matrix::MDim& axis) {
     int64_t points = axis.Count();
     if (points > MostPointsAhead)
         points = std::min(points, std::max(MostPointsAhead, FileBytes(file) / 4));
-    const float first = axis[0];
-    const auto fill = [&](int i) { axis[i] = static_cast<float>(i) * axis.m_Step + first; };
+    float* const coords = axis.Data();
+    const float first = coords[0];
+    const float step = axis.m_Step;
+    const auto coord = [=](int i) { return static_cast<float>(i) * step + first; };
     for (int i = 1; i < points; ++i)
-        fill(i);
-    if (points < axis.Count()) fill(axis.Count() - 1);
+        coords[i] = coord(i);
+    if (points < axis.Count()) coords[axis.Count() - 1] = coord(axis.Count() - 1);
 }
 
 // ---- The pieces of the file, each as it is read and as it is written

@@ -15,6 +15,8 @@
 #include <array>
 #include <bit>
 
+#include "types/Prefetch.h"
+
 /// Samples that are computed on at once; a comparison gives -1 or 0 for each of them.
 using FourFloats [[gnu::vector_size(16)]] = float;
 using FourInts [[gnu::vector_size(16)]] = int32_t;
@@ -25,12 +27,11 @@ inline FourFloats LoadFour(const float* samples) {
     return values;
 }
 
-/// Asks the memory for what stands `ahead` samples on, or back, which may lie outside the array. The
-/// machine foresees the loads of a pass by itself, but not across the border of a page, and not as
-/// far as a pass that does more than add must look.
+/// Fetches what stands `ahead` samples on, or back, which may lie outside the array. The machine
+/// foresees the loads of a pass by itself, but not across the border of a page, and not as far as a
+/// pass that does more than add must look.
 [[gnu::always_inline]] inline void FetchAhead(const float* samples, int ahead) {
-    const uintptr_t distance = sizeof(float) * static_cast<uintptr_t>(int64_t{ahead});
-    __builtin_prefetch(std::bit_cast<const void*>(std::bit_cast<uintptr_t>(samples) + distance));
+    Prefetch(samples, int64_t{ahead} * int64_t{sizeof(float)});
 }
 
 constexpr int SamplesAhead = 1024;

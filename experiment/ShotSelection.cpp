@@ -20,10 +20,9 @@ bool BeginsWith(const DString& text, const DString& prefix) {
     return strncasecmp(text, prefix, static_cast<size_t>(prefix.GetLength())) == 0;
 }
 
-// Makes `path` what AppendPathElts gives of a folder and the two pieces of a name, in its own block
-// if that has room: most of what selecting a shot costs beside the look at its folder. `path` is
-// none of the others.
-void PutPath(DString& path, const DString& folder, std::string_view piece, const DString& rest) {
+// What AppendPathElts gives of a folder and the two pieces of a name, in one block: the building of
+// paths is most of what selecting a shot costs beside the look at its folder.
+DString PathIn(const DString& folder, std::string_view piece, const DString& rest) {
     const std::string_view pieces[] = {{folder, static_cast<size_t>(folder.GetLength())},
                                        folder.IsEmpty() ? "" : "/",
                                        piece,
@@ -31,14 +30,13 @@ void PutPath(DString& path, const DString& folder, std::string_view piece, const
     size_t length = 0;
     for (const std::string_view each : pieces)
         length += each.size();
+    DString path;
     const bool fits = length <= static_cast<size_t>(npos);
     char* target = fits ? path.GetBuffer(static_cast<int>(length)) : nullptr;
-    if (!target) {
-        path = DString();
-        return;
-    }
+    if (!target) return path;
     for (const std::string_view each : pieces)
         target = std::copy(each.begin(), each.end(), target);
+    return path;
 }
 
 DString LastElement(const DString& path) {
@@ -69,8 +67,8 @@ bool Experiment::SetShot(DString name, int group) {
         return false;
     }
     if (folder.IsEmpty()) folder = ShotPath(group, name);
-    const DString cacheFile = AppendPathElts(m_GroupPaths[group], "ScalarCache.ini");
-    const DString fieldsFile = AppendPathElts(folder, "Scalars.ini");
+    const DString cacheFile = PathIn(m_GroupPaths[group], "ScalarCache.ini", DString());
+    const DString fieldsFile = PathIn(folder, "Scalars.ini", DString());
     if (!memory.Whole()) return false;
     m_ShotName = name;
     m_CurrentGroup = group;
@@ -84,9 +82,7 @@ bool Experiment::SetShot(DString name, int group) {
 }
 
 DString Experiment::ShotPath(int group, const DString& shot) const {
-    DString path;
-    PutPath(path, m_GroupPaths[group], "Shot", shot);
-    return path;
+    return PathIn(m_GroupPaths[group], "Shot", shot);
 }
 
 // `folder` becomes the path that was looked for; the case of what is there may differ.
@@ -106,8 +102,8 @@ int Experiment::GuessPathFromShot(DString& shot) const {
     return FindShot(shot, folder);
 }
 
-// GuessPathFromShot; `folder` becomes the folder of the shot as it is named then, or empty if it has
-// to be put together anew.
+// GuessPathFromShot; `folder` becomes the folder of the shot as it is named then, or empty if it
+// has to be put together anew.
 int Experiment::FindShot(DString& shot, DString& folder) const {
     DString groupName;
     DString leaf(shot);

@@ -8,6 +8,7 @@
 #include "core/CoreGlobal.h"
 #include "system/DFile.h"
 #include "system/DIni.h"
+#include "types/Prefetch.h"
 
 namespace {
 
@@ -45,27 +46,51 @@ std::string_view HeadingName(std::string_view line) {
     return name.substr(0, name.substr(0, name.find('\0')).rfind(']'));
 }
 
-// Fetches the lines of the section after next ahead of their use: those of a large document lie all
-// over the memory, and waiting for each in turn is most of the time that a pass over them takes.
-[[gnu::always_inline]] inline void FetchAhead(const DArray<DStringArray>& lines, int section) {
-    if (section + 2 < lines.Count()) {
-        const DStringArray& next = lines[section + 2];
-        for (int i = 0; i < next.Count(); i += 8)
-            __builtin_prefetch(next.m_Data + i);
+// Goes ahead of a pass over a document, one line at each line of the pass, and fetches the lines:
+// in a large document they lie all over the memory, and waiting for each in turn would take most of
+// the time.
+class FetchAhead {
+public:
+    FetchAhead(const DStringArray& sections, const DArray<DStringArray>& lines)
+        : m_Sections(sections), m_Lines(lines) {
+        for (int i = 0; i < LinesAhead; ++i)
+            Step();
     }
-    if (section + 1 < lines.Count()) {
-        const DStringArray& next = lines[section + 1];
-        for (int i = 0; i < std::min(next.Count(), 64); ++i)
-            __builtin_prefetch(static_cast<const char*>(next[i]));
+
+    [[gnu::always_inline]] void Step() {
+        if (m_Section >= m_Lines.Count()) return;
+        if (m_Line < m_Lines[m_Section].Count()) {
+            PrefetchText(m_Lines[m_Section][m_Line++]);
+            return;
+        }
+        m_Line = 0;
+        ++m_Section;
+        if (m_Section < m_Sections.Count()) PrefetchText(m_Sections[m_Section]);
+        if (m_Section + 1 < m_Lines.Count()) PrefetchList(m_Lines[m_Section + 1]);
     }
-}
+
+private:
+    static constexpr int LinesAhead = 32;
+
+    // Where the texts of the first lines are.
+    [[gnu::always_inline]] static void PrefetchList(const DStringArray& lines) {
+        constexpr int LinesPerFetch = 8;
+        for (int i = 0; i < LinesAhead; i += LinesPerFetch)
+            Prefetch(lines.m_Data, int64_t{i} * int64_t{sizeof(DString)});
+    }
+
+    const DStringArray& m_Sections;
+    const DArray<DStringArray>& m_Lines;
+    int m_Section = 0;
+    int m_Line = 0;
+};
 
 // Fills the lists of a document anew. What stands there already in its place is left alone, since a
 // group's fields are loaded for each one that is set, and little of them changes in between.
 class DocumentFiller {
 public:
     DocumentFiller(DStringArray& sections, DArray<DStringArray>& lines)
-        : m_Sections(sections), m_Lines(lines) {
+        : m_Sections(sections), m_Lines(lines), m_Ahead(sections, lines) {
         if (IsList(sections) && IsList(lines) && sections.Count() == lines.Count()) return;
         sections.Clear();
         lines.Clear();
@@ -78,7 +103,7 @@ public:
         if (!IsList(m_Lines[m_Section])) m_Lines[m_Section].Clear();
         Put(name, m_Sections[m_Section]);
         m_Line = 0;
-        FetchAhead(m_Lines, m_Section);
+        m_Ahead.Step();
     }
 
     void AddLine(std::string_view line) {
@@ -90,6 +115,7 @@ public:
         }
         Put(line, lines[m_Line]);
         ++m_Line;
+        m_Ahead.Step();
     }
 
     void End() {
@@ -133,6 +159,7 @@ private:
 
     DStringArray& m_Sections;
     DArray<DStringArray>& m_Lines;
+    FetchAhead m_Ahead;
     int m_Section = -1;
     int m_Line = 0;
 };
@@ -178,12 +205,14 @@ private:
     bool m_Failed = false;
 };
 
-void PutLines(TextBuilder& text, const DStringArray& lines, bool last) {
+void PutLines(TextBuilder& text, const DStringArray& lines, bool last, FetchAhead& ahead) {
     const std::string_view lineEnd(LDelim, static_cast<size_t>(LenLD));
     const int count = lines.Count();
     if (count == 1 && lines[0].IsEmpty()) return;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
+        ahead.Step();
         text.Put("", lines[i], last && i + 1 == count ? std::string_view() : lineEnd);
+    }
 }
 
 DString TextOf(std::string_view piece) {
@@ -219,10 +248,11 @@ void DIni::loadstring() {
 bool DIni::AssembleText(DString& text) const {
     constexpr int Change = 4096;  // most writes follow a small change of what was loaded
     TextBuilder builder(text, int64_t{m_Text.GetLength()} + Change);
+    FetchAhead ahead(m_Sections, m_Lines);
     for (int i = 0; i < m_Sections.Count(); ++i) {
+        ahead.Step();
         builder.Put("[", m_Sections[i], "]\r\n");
-        FetchAhead(m_Lines, i);
-        PutLines(builder, m_Lines[i], i + 1 == m_Sections.Count());
+        PutLines(builder, m_Lines[i], i + 1 == m_Sections.Count(), ahead);
     }
     return builder.End();
 }

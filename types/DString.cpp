@@ -39,14 +39,13 @@ constexpr long StorageSize(long size) {
     return static_cast<long>(std::bit_ceil(static_cast<unsigned long>(size)));
 }
 
-// Null where memory is refused. The form of new that throws, since the other one calls it.
+// Null where memory is refused. Kept out of the way of short blocks, which come off the free list.
 char* NewStorage(long size) {
-    try {
-        if (size <= LargestBlock) return new char[static_cast<size_t>(StorageSize(size))];
-    } catch (const std::bad_alloc&) {
-    }
-    ++RefusedBlocks;
-    return nullptr;
+    char* storage = size > LargestBlock
+                        ? nullptr
+                        : new (std::nothrow) char[static_cast<size_t>(StorageSize(size))];
+    if (!storage) ++RefusedBlocks;
+    return storage;
 }
 
 }  // namespace

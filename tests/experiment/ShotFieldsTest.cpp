@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "support/ProcessMemory.h"
 #include "tests/experiment/ExperimentFixture.h"
 
 namespace {
@@ -45,6 +46,32 @@ TEST_F(ShotFields, ReplaceTheirLineAndLeaveTheOthers) {
     m_Experiment.SetShotData("X", "3");
     EXPECT_EQ(Fields(), "[Fields]\r\nX=3\r\n;note\r\ny=2\r\n[Other]\r\nx=0");
     EXPECT_EQ(Cache(), "[Shot6]\r\nx=6\r\n[Shot7]\r\nX=3\r\ny=2\r\n[Shot8]\r\nx=8");
+}
+
+// The document's lines, the text as it was read and the text as it is written.
+TEST_F(ShotFields, WritingOneTakesMemoryInProportionToTheFileOfTheGroup) {
+    const auto peakOf = [this](int shots, size_t& fileSize) {
+        std::string cache;
+        for (int i = 0; i < shots; ++i) {
+            cache += "[Shot" + std::to_string(i) + "]\r\n";
+            for (int field = 0; field < 20; ++field)
+                cache += "field" + std::to_string(field) + "=1.234567\r\n";
+        }
+        fileSize = cache.size();
+        WriteCache(cache);
+        return static_cast<size_t>(PeakBytesOf([this] { m_Experiment.SetShotData("x", "1"); }));
+    };
+    size_t smallFile = 0;
+    size_t largeFile = 0;
+    const size_t smallPeak = peakOf(5000, smallFile);
+    const size_t largePeak = peakOf(20000, largeFile);
+#ifdef __SANITIZE_ADDRESS__
+    constexpr size_t MostTimes = 28;  // its redzones are larger than the lines
+#else
+    constexpr size_t MostTimes = 14;  // most of it the room of lists for 256 lines each
+#endif
+    EXPECT_LT(smallPeak, MostTimes * smallFile);
+    EXPECT_LT(largePeak, MostTimes * largeFile);
 }
 
 TEST_F(ShotFields, AddASectionBehindThoseOfOtherShots) {

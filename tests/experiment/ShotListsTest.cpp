@@ -418,6 +418,16 @@ TEST_F(ShotListFile, GivesItsShotsInItsOrderEachInItsGroup) {
     EXPECT_EQ(Shots("L.TXT"), (List{"S3 in 0", "S2 in 2", "S1 in 0"}));
 }
 
+TEST_F(ShotListFile, EachLineHasItsOwnGroupWhateverStandsAheadOfIt) {
+    AddShots(0, {"1", "2", "3"});
+    AddShots(1, {"1", "2", "3"});
+    WriteList("L.txt",
+              "1;..\\Data1\n2;..\\Data1\n3;\n3;..\\Data1\n1;.\\Shots\n2;..\\Gone\n2;.\\Shots\n"
+              "3\n2;..\\Data1\n1;..\\Gone\n3;..\\Gone\n1;..\\Data11");
+    EXPECT_EQ(Shots("L"),
+              (List{"1 in 1", "2 in 1", "3 in 1", "1 in 0", "2 in 0", "3 in 0", "2 in 1"}));
+}
+
 TEST_F(ShotListFile, LineMayStandInDoubleQuotes) {
     AddShots(0, {"S1", "S2", "S3", "S\"4"});
     WriteList("L.txt", "\"S1;..\\e/Shots\"\n\"S2\"\n\"S3\nS3\"\n\"S\"4\"\n\"\n\"\"S1\"\"\n");

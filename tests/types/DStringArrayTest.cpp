@@ -321,6 +321,27 @@ TEST(DStringArrayJoin, PutsTheSeparatorBetween) {
     EXPECT_EQ(Text(ArrayOf({"", ""}).Join("")), "");
 }
 
+TEST(DStringArrayJoin, TakesTextsOfEveryLengthWhole) {
+    DStringArray array;
+    std::string expected;
+    for (int length = 0; length < 70; ++length) {
+        const std::string text(static_cast<size_t>(length), static_cast<char>('0' + length));
+        array.Add(text.c_str());
+        expected += (length > 0 ? "," : "") + text;
+        EXPECT_EQ(Text(array.Join(",")), expected);
+        EXPECT_EQ(array.Join(",").GetLength(), static_cast<int>(expected.size()));
+    }
+    const std::string longSeparator(17, '#');
+    EXPECT_EQ(Text(ArrayOf({"a", "b", ""}).Join(longSeparator.c_str())),
+              "a" + longSeparator + "b" + longSeparator);
+}
+
+TEST(DStringArrayJoin, TakesZeroBytesAlong) {
+    DStringArray array = ArrayOf({"a.b", "c"});
+    array[0].SetChar(1, '\0');
+    EXPECT_EQ(Text(array.Join(",")), std::string("a\0b,c", 5));
+}
+
 TEST(DStringArrayJoin, OfOneElementSharesIt) {
     const DStringArray array = ArrayOf({"one"});
     EXPECT_EQ(Place(array.Join(",")), Place(array[0]));
