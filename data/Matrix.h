@@ -135,7 +135,8 @@ public:
     /// The same from a stream that stands at the start of a file.
     void Read(DFile& file, int stop, int start);
     /// Read(name, 0, 0), but no values are read, and there are none then: header and axes are as if
-    /// the first layer, or the range of the name, were in memory.
+    /// the first layer, or the range of the name, were in memory. Of even coordinates only those
+    /// that GetMatrixParam asks for are worked out, the first two and the last; the others are 0.
     bool ReadHeader(DString name);
     /// Writes `name` with ".dmt" appended and sets m_Date. False if the file can't be opened.
     bool Write(DString name);
@@ -174,7 +175,7 @@ private:
     int UsedDims() const;
     int64_t Total() const;
     void SizeValues(int64_t total);
-    int ReadHeader(DFile& file, int stop, int& start);
+    int ReadHeader(DFile& file, int stop, int& start, bool allCoords);
     static void CutAxis(MDim& axis, int stop, int& start);
     void ReadValues(DFile& file, int layers, int start);
 };

@@ -31,22 +31,27 @@ bool HasAllCoords(const Matrix::MDim& axis) { return axis.m_Step == 0.0f; }
 // the last one.
 constexpr int64_t MostPointsAhead = 1048576;
 
-void FillCoords(const DFile& file, Matrix::MDim& axis) {
-    int64_t points = axis.Count();
+// Works out the coordinates behind the first of an axis that has `size` points in the file and may
+// have been cut or made longer since: all, or those next to its ends alone.
+void FillCoords(const DFile& file, Matrix::MDim& axis, int size, bool all) {
+    int64_t points = size;
     if (points > MostPointsAhead)
         points = std::min(points, std::max(MostPointsAhead, FileBytes(file) / 4));
     float* const coords = axis.Data();
     const float first = coords[0];
     const float step = axis.m_Step;
     const auto coord = [=](int i) { return static_cast<float>(i) * step + first; };
-    for (int i = 1; i < points; ++i)
+    const int kept = static_cast<int>(std::min<int64_t>(points, axis.Count()));
+    for (int i = 1; i < (all ? kept : std::min(kept, 2)); ++i)
         coords[i] = coord(i);
-    if (points < axis.Count()) coords[axis.Count() - 1] = coord(axis.Count() - 1);
+    if (kept > 1) coords[kept - 1] = coord(kept - 1);
+    if (points < size && size <= axis.Count()) coords[size - 1] = coord(size - 1);
 }
 
 // ---- The pieces of the file, each as it is read and as it is written
 
-void ReadAxis(DFile& file, Matrix::MDim& axis) {
+// The points of an axis whose coordinates are left to be worked out, 0 where there are none.
+int ReadAxis(DFile& file, Matrix::MDim& axis) {
     int32_t size = 0;
     FieldBlock head(file, sizeof size + sizeof axis.m_Step);
     if (ReadField(head, size)) axis.m_OrigSize = std::max(size, 0);
@@ -55,13 +60,13 @@ void ReadAxis(DFile& file, Matrix::MDim& axis) {
     if (HasAllCoords(axis)) {
         ReadArray(file, axis, size);
         if (axis.Count() != size) SkipBytes(file, int64_t{4} * size);
-        return;
+        return 0;
     }
     axis.Size(size);
     float first = 0.0f;
-    if (!ReadField(file, first) || axis.Count() == 0) return;
+    if (!ReadField(file, first) || axis.Count() == 0) return 0;
     axis[0] = first;
-    FillCoords(file, axis);
+    return size;
 }
 
 void WriteAxis(DFile& file, const Matrix::MDim& axis) {
@@ -155,7 +160,7 @@ bool Matrix::Read(DString name, int stop, int start) {
 }
 
 void Matrix::Read(DFile& file, int stop, int start) {
-    const int dims = ReadHeader(file, stop, start);
+    const int dims = ReadHeader(file, stop, start, true);
     if (dims == 0) SizeValues(0);
     if (dims > 0) ReadValues(file, m_Dims[dims - 1].Count(), start);
 }
@@ -165,14 +170,14 @@ bool Matrix::ReadHeader(DString name) {
     int start = 0;
     DataFileReader file;
     if (!OpenPart(file, name, stop, start)) return false;
-    ReadHeader(file, stop, start);
+    ReadHeader(file, stop, start, false);
     SizeValues(0);
     return true;
 }
 
 // What stands ahead of the values. The result is the number of dimensions, negative if they are too
 // many to be read.
-int Matrix::ReadHeader(DFile& file, int stop, int& start) {
+int Matrix::ReadHeader(DFile& file, int stop, int& start, bool allCoords) {
     int32_t version = FileVersion;
     ReadField(file, version);
     SkipBytes(file, ReadLengthField<int32_t>(file));
@@ -180,11 +185,15 @@ int Matrix::ReadHeader(DFile& file, int stop, int& start) {
     if (ReadField(file, dims)) m_NDims = dims;
     if (dims > MostDims) return -1;
     dims = std::max(dims, 0);
+    int evenPoints[MostDims] = {};
     for (int i = 0; i < dims; ++i)
-        ReadAxis(file, m_Dims[i]);
+        evenPoints[i] = ReadAxis(file, m_Dims[i]);
     ReadNumbers(file, *this, version);
     ReadTexts(file, *this);
     if (dims > 0) CutAxis(m_Dims[dims - 1], stop, start);
+    for (int i = 0; i < dims; ++i) {
+        if (evenPoints[i] > 0) FillCoords(file, m_Dims[i], evenPoints[i], allCoords);
+    }
     return dims;
 }
 

@@ -25,14 +25,33 @@ const char* const SampleNames[] = {"19",    "28",     "av",        "in",        
                                    "sd",    "wa",     "fh",        "vt[101.5]", "tv[0]", "t%[50]",
                                    "bv[0]", "b%[50]", "la[101.6]", "AV"};
 
+bool SameBits(float a, float b) { return memcmp(&a, &b, sizeof a) == 0; }
+
+// The header of a matrix in the scratch folder is that of its first layer, or range.
+void ExpectHeaderAsOfTheWhole(const char* name, const std::string& what) {
+    Matrix whole(1, 1, 1);
+    Matrix header(1, 1, 1);
+    ASSERT_TRUE(whole.Read(Scratch(name).c_str(), 0, 0));
+    ASSERT_TRUE(header.ReadHeader(Scratch(name).c_str()));
+    EXPECT_EQ(header.Count(), 0);
+    EXPECT_EQ(header.m_NDims, whole.m_NDims) << what;
+    for (const char* parameter :
+         {"t1", "t2", "t3", "t4", "t5", "su", "mx", "mn", "rc", "rs", "rb", "r1",
+          "re", "cc", "cs", "cb", "ce", "c1", "lc", "ls", "lb", "le", "l1"}) {
+        EXPECT_TRUE(SameBits(header.GetMatrixParam(parameter), whole.GetMatrixParam(parameter)))
+            << name << " of " << what << ": " << parameter;
+    }
+    EXPECT_EQ(Text(header.m_Note), Text(whole.m_Note)) << what;
+    EXPECT_EQ(Text(header.m_Label), Text(whole.m_Label)) << what;
+    EXPECT_EQ(Text(header.m_Date), Text(whole.m_Date)) << what;
+}
+
 class ParameterRead : public ShotTest {
 protected:
     ParameterRead() { SelectNewShot("7", ""); }
 
     static std::string Path(const std::string& name) { return ShotFolder("7") + "/" + name; }
     static float Eval(const std::string& term) { return Expt.ParseSingle(term.c_str(), nullptr); }
-
-    static bool SameBits(float a, float b) { return memcmp(&a, &b, sizeof a) == 0; }
 
     // The parameters of the trace W are those of the trace that is read whole.
     static void ExpectAsOfTheWhole(const std::string& bytes, const std::string& what) {
@@ -181,24 +200,25 @@ TEST(WaveformHeaderParam, IsOfAsManySamplesAsTheHeaderAnnounces) {
 TEST(MatrixReadHeader, GivesWhatAReadOfTheFirstLayerGivesButForTheValues) {
     const std::string bytes = DmtFile().Bytes();
     for (size_t size = 0; size <= bytes.size(); ++size) {
+        const std::string what = std::to_string(size) + " bytes";
         WriteBytes(Scratch("cut.dmt"), bytes.substr(0, size));
-        for (const char* name : {"cut", "cut[1,3]"}) {
-            Matrix whole(1, 1, 1);
-            Matrix header(1, 1, 1);
-            ASSERT_TRUE(whole.Read(Scratch(name).c_str(), 0, 0));
-            ASSERT_TRUE(header.ReadHeader(Scratch(name).c_str()));
-            EXPECT_EQ(header.Count(), 0);
-            EXPECT_EQ(header.m_NDims, whole.m_NDims) << size;
-            for (const char* parameter :
-                 {"t1", "t2", "t3", "t4", "t5", "su", "mx", "mn", "rc", "rs", "rb", "r1",
-                  "re", "cc", "cs", "cb", "ce", "c1", "lc", "ls", "lb", "le", "l1"}) {
-                EXPECT_EQ(header.GetMatrixParam(parameter), whole.GetMatrixParam(parameter))
-                    << name << " of " << size << ": " << parameter;
-            }
-            EXPECT_EQ(Text(header.m_Note), Text(whole.m_Note)) << size;
-            EXPECT_EQ(Text(header.m_Label), Text(whole.m_Label)) << size;
-            EXPECT_EQ(Text(header.m_Date), Text(whole.m_Date)) << size;
-        }
+        ExpectHeaderAsOfTheWhole("cut", what);
+        ExpectHeaderAsOfTheWhole("cut[1,3]", what);
     }
     EXPECT_FALSE(Matrix(1, 1, 1).ReadHeader(Scratch("missing").c_str()));
+}
+
+TEST(MatrixReadHeader, HasTheEndsOfEvenAxesOfEveryLength) {
+    for (const int points : {0, 1, 2, 3, 4, 7, 100, 3000000}) {
+        for (const float step : {0.75f, -0.1f}) {
+            DmtFile file;
+            file.m_Axes = AxisRecord(points, step, {1.7f}) + AxisRecord(5, -step, {-2.2f}) +
+                          AxisRecord(points, step, {0.3f});
+            WriteBytes(Scratch("even.dmt"), file.Bytes());
+            for (const char* name : {"even", "even[0,1]", "even[0,2]", "even[1,4]", "even[90,95]",
+                                     "even[-3,2]", "even[0,-1]", "even[2999998,3000000]"}) {
+                ExpectHeaderAsOfTheWhole(name, std::to_string(points) + " points");
+            }
+        }
+    }
 }
