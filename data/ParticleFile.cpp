@@ -187,7 +187,7 @@ void ParticleGroup::ReadRecords(DFile& file, int64_t particles) {
 void ParticleGroup::ReadOldRecords(DFile& file, int columns) {
     bool delivered = columns > 0;
     for (int p = 0; p < m_Particles && delivered; ++p) {
-        float* particle = m_Data + Columns * p;
+        float* particle = Particle(p);
         delivered = ReadColumns(file, particle, columns);
         particle[Columns - 1] = 0.0f;
     }

@@ -98,10 +98,10 @@ bool ParticleGroup::SetGeometry(int geometry) {
     const int particles = Held();
     if (geometry == 0) {
         for (int p = 0; p < particles; ++p)
-            ToCartesian(m_Data + Columns * p);
+            ToCartesian(Particle(p));
     } else {
         for (int p = 0; p < particles; ++p)
-            ToPolar(m_Data + Columns * p);
+            ToPolar(Particle(p));
     }
     return true;
 }
@@ -114,7 +114,7 @@ void ParticleGroup::Scale() {
     FourFloats least[2] = {LoadFour(m_Min), LoadFour(m_Min + 4)};
     for (int p = 0; p < particles; ++p) {
         for (int half = 0; half < 2; ++half) {
-            const FourFloats values = LoadFour(m_Data + Columns * p + 4 * half);
+            const FourFloats values = LoadFour(Particle(p) + ptrdiff_t{4} * half);
             greatest[half] = values > greatest[half] ? values : greatest[half];
             least[half] = values < least[half] ? values : least[half];
         }
@@ -126,11 +126,11 @@ void ParticleGroup::Scale() {
 void ParticleGroup::CleanUp() {
     int last = Held() - 1;
     for (int p = 0; p <= last;) {
-        float* particle = m_Data + Columns * p;
+        float* particle = Particle(p);
         if (IsFinite(particle)) {
             ++p;
         } else {
-            memmove(particle, m_Data + Columns * last, Columns * sizeof(float));
+            memmove(particle, Particle(last), Columns * sizeof(float));
             --last;
         }
     }

@@ -92,6 +92,7 @@ public:
     float GetPGroupParam(DString const& name) const;
 
 private:
+    float* Particle(int p) { return m_Data + int64_t{Columns} * p; }
     int Held() const;
     void SizeValues(int64_t particles);
     void ReadRecords(DFile& file, int64_t particles);

@@ -201,7 +201,7 @@ inline SampleRange RangeOf(const float* samples, int count) {
     for (; count - k >= Stride; k += Stride) {
         FetchAhead(samples + k, SamplesAhead);
         for (int v = 0; v < Vectors; ++v) {
-            const FourFloats values = LoadFour(samples + k + 4 * v);
+            const FourFloats values = LoadFour(samples + k + ptrdiff_t{4} * v);
             least[v] = values < least[v] ? values : least[v];
             greatest[v] = values > greatest[v] ? values : greatest[v];
             unordered |= values != values;

@@ -38,7 +38,9 @@ private:
 
 bool IsHeading(std::string_view line) { return line.starts_with('['); }
 
-bool IsBlank(std::string_view line) { return line.find_first_not_of(' ') == line.npos; }
+bool IsBlank(std::string_view line) {
+    return line.find_first_not_of(' ') == std::string_view::npos;
+}
 
 // A heading's name runs up to its last "]"; without one it is the whole rest.
 std::string_view HeadingName(std::string_view line) {
@@ -72,7 +74,7 @@ public:
 private:
     static constexpr int LinesAhead = 32;
 
-    // Where the texts of the first lines are.
+    // Fetches the pointers to a section's first lines.
     [[gnu::always_inline]] static void PrefetchList(const DStringArray& lines) {
         constexpr int LinesPerFetch = 8;
         for (int i = 0; i < LinesAhead; i += LinesPerFetch)

@@ -7,8 +7,8 @@
 
 /// The C locale, made at the first use and kept to the end of the process.
 inline locale_t CLocale() {
-    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
-    return locale;
+    static const locale_t Locale = newlocale(LC_ALL_MASK, "C", nullptr);
+    return Locale;
 }
 
 /// strtod in the C locale: leading blanks, hexadecimal, "inf" and "nan" are accepted.

@@ -23,6 +23,7 @@ constinit long RefusedBlocks = 0;
 
 namespace {
 
+// DStringArray::Join copies 16 characters at once out of every block but the shared empty one.
 constexpr long SmallestBlock = 32;
 constexpr long LargestBlock = std::numeric_limits<int>::max();
 
@@ -36,7 +37,8 @@ constexpr long BlockSize(int n) {
 constexpr long StorageSize(long size) {
     constexpr long SmallestWithRoom = 256;
     if (size < SmallestWithRoom) return size;
-    return static_cast<long>(std::bit_ceil(static_cast<unsigned long>(size)));
+    const long step = static_cast<long>(std::bit_floor(static_cast<unsigned long>(size))) / 2;
+    return (size + step - 1) & -step;
 }
 
 // Null where memory is refused. Kept out of the way of short blocks, which come off the free list.
@@ -145,14 +147,14 @@ void DString::ConcatSelf(int n, const char* src) {
     if (n < 1 || !src) return;
     const int length = GetLength();
     if (n <= npos - length && Fits(length + n)) {
-        SetLength(length + n);  // a piece of this text ends ahead of the new terminator
         memmove(m_Text + length, src, static_cast<size_t>(n));
+        SetLength(length + n);
     } else {
         Outgrow(n, src);
     }
 }
 
-// Appends in a new block. Not inlined, so that appending in place needs no stack.
+// Appends in a new block. Kept out of the way of appending in place.
 [[gnu::noinline]] void DString::Outgrow(int n, const char* src) {
     const int length = GetLength();
     if (n > npos - length) {

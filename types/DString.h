@@ -105,6 +105,7 @@ public:
     /// Equal lengths and equal letters without regard to case. False if this string is null.
     bool operator==(const DString& other) const {
         if (!m_Text || GetLength() != other.GetLength()) return false;
+        if (m_Text == other.m_Text) return true;
         // Most that are equal are so to the byte, which is told faster.
         return memcmp(m_Text, other, static_cast<size_t>(GetLength())) == 0 ||
                strcasecmp(m_Text, other) == 0;

@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "types/Prefetch.h"
+#include "types/TextSearch.h"
 
 template class DArray<DString>;
 template class DArray<DStringArray>;
@@ -30,9 +31,9 @@ int MeasureWidth(const DStringArray& lines, const char* delim) {
     return width;
 }
 
-// Copies a text without its terminator to a target that ends at `end`; behind it. A short one takes
-// what is behind it along, since every block but the shared empty one has that many bytes, and a
-// move of a known length is a single instruction.
+// Copies a text without its terminator to a target that ends at `end`; the result is the place
+// behind it. A short one takes along what is behind it, since every block but the shared empty one
+// has that many bytes, and a move of a known length is a single instruction.
 char* Copied(const DString& text, char* target, const char* end) {
     constexpr size_t ShortText = 16;
     const size_t length = static_cast<size_t>(text.GetLength());
@@ -65,7 +66,7 @@ public:
     /// False where no delimiter is left; the rest of the text then begins at Start.
     bool Go() {
         m_Start = m_Next;
-        m_Stop = FindDelimiter();
+        m_Stop = FindText(m_Start, m_End, m_Delim, m_DelimLength);
         if (!m_Stop) return false;
         m_Next = SkipSpaces(m_Stop + m_DelimLength);
         return true;
@@ -74,11 +75,6 @@ public:
     int Length() const { return static_cast<int>(m_Stop - m_Start); }
 
 private:
-    const char* FindDelimiter() const {
-        if (m_DelimLength > 1) return strstr(m_Start, m_Delim);
-        return static_cast<const char*>(
-            memchr(m_Start, *m_Delim, static_cast<size_t>(m_End - m_Start)));
-    }
     const char* SkipSpaces(const char* p) const {
         while (m_AtSpaces && *p == ' ')
             ++p;
@@ -188,8 +184,8 @@ DString DStringArray::Join(const DString& sep) const {
         length += (*this)[i].GetLength();
     }
     DString result;
-    char* target = length > npos ? nullptr : result.GetBuffer(static_cast<int>(length));
-    if (!target) return DString("");
+    char* target = result.GetBuffer(static_cast<int>(std::min<int64_t>(length, npos)));
+    if (!target) return DString("");  // as always for npos
     const char* const end = target + length;
     target = Copied((*this)[0], target, end);
     for (int i = 1; i < Count(); ++i) {

@@ -110,8 +110,7 @@ void SplitDate(const DString& text, int end, DString (&fields)[DateFields]) {
 // sets the length to what it wrote.
 char* DString::Extend(int n) {
     const int length = GetLength();
-    if (n > npos - length || !ReAlloc(length + n)) return nullptr;
-    return m_Text + length;
+    return ReAlloc(length + std::min(n, npos - length)) ? m_Text + length : nullptr;
 }
 
 DString& DString::operator<<(int value) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "types/DString.h"
+#include "types/TextSearch.h"
 
 namespace {
 
@@ -30,29 +31,25 @@ public:
           m_Length(strlen(m_Pattern)),
           m_Begin(text),
           m_End(text + strlen(text)) {}
-    /// The first match at or behind `start`, or null; an empty or null pattern has none. strstr is
-    /// slower where it has one byte to look for.
+    /// The first match at or behind `start`, or null; an empty or null pattern has none.
     const char* From(const char* start) const {
-        if (m_Length > 1) return strstr(start, m_Pattern);
-        if (m_Length == 0) return nullptr;
-        const size_t left = static_cast<size_t>(m_End - start);
-        return static_cast<const char*>(memchr(start, *m_Pattern, left));
+        return m_Length > 0 ? FindText(start, m_End, m_Pattern, m_Length) : nullptr;
     }
-    const char* After(const char* match) const { return From(match + m_Length); }
+    /// How many matches there are from the first one on, each behind the one before; one at most
+    /// unless `all` are wanted.
+    int Count(const char* match, bool all) const {
+        if (!match || !all) return match ? 1 : 0;
+        int count = 0;
+        for (; match; match = From(match + m_Length))
+            ++count;
+        return count;
+    }
 
     const char* const m_Pattern;
     const size_t m_Length;
     const char* const m_Begin;
     const char* const m_End;
 };
-
-// How many matches there are from `match` on, each behind the one before.
-int CountMatches(const Search& search, const char* match) {
-    int count = 0;
-    for (; match; match = search.After(match))
-        ++count;
-    return count;
-}
 
 // `text` with `with` in the place of `count` matches from the first on. They are looked for in the
 // text itself or in its copy in small letters. One allocation, whatever the count.
@@ -63,9 +60,8 @@ DString ReplaceMatches(const char* text, const Search& search, const char* match
     const size_t wanted = length - static_cast<size_t>(count) * search.m_Length +
                           static_cast<size_t>(count) * withLength;
     DString result;
-    char* target =
-        wanted <= static_cast<size_t>(npos) ? result.GetBuffer(static_cast<int>(wanted)) : nullptr;
-    if (!target) return result;
+    char* target = result.GetBuffer(static_cast<int>(std::min(wanted, static_cast<size_t>(npos))));
+    if (!target) return result;  // as always for npos
     const char* searched = search.m_Begin;
     while (true) {
         const size_t before = static_cast<size_t>(match - searched);
@@ -261,7 +257,7 @@ DString DString::Replace(const char* old, const char* with, bool all, int* count
     const Search search(m_Text, old);
     const char* const match = search.From(m_Text);
     if (!match) return *this;
-    const int found = all ? CountMatches(search, match) : 1;
+    const int found = search.Count(match, all);
     if (count) *count = found;
     return ReplaceMatches(m_Text, search, match, found, with);
 }
@@ -280,7 +276,7 @@ DString DString::ReplaceI(const char* old, const char* with, bool all, int* coun
     const DString pattern = LoweredCopy(old);
     const Search search(text, pattern);
     const char* const match = search.From(text);
-    const int found = all || !match ? CountMatches(search, match) : 1;
+    const int found = search.Count(match, all);
     if (count) *count = found;
     return found == 0 ? *this : ReplaceMatches(m_Text, search, match, found, with);
 }

@@ -661,6 +661,40 @@ TEST_F(DIniReload, GivesTheSameDocumentWhateverStoodThereBefore) {
     }
 }
 
+TEST_F(DIniReload, GivesTheSameLongDocumentWhateverStoodThereBefore) {
+    const auto textOf = [](int sections, int lines, const std::string& value) {
+        std::string text;
+        for (int i = 0; i < sections; ++i) {
+            text += "[S" + std::to_string(i) + "]\n";
+            for (int k = 0; k < lines; ++k)
+                text += "key" + std::to_string(k) + "=" + value + std::to_string(i) + "\n";
+        }
+        return text;
+    };
+    const std::string texts[] = {textOf(100, 3, "a"),
+                                 textOf(3, 300, "b"),
+                                 textOf(50, 0, ""),
+                                 textOf(40, 40, "a"),
+                                 textOf(39, 41, "long values "),
+                                 ""};
+    for (const std::string& before : texts) {
+        for (const std::string& text : texts) {
+            DIni ini = DocumentOf(before.c_str());
+            if (ini.m_Lines.Count() > 5) {
+                ini.m_Lines[4].Clear();
+                ini.m_Lines[5].m_Rows = 2;
+            }
+            ini.m_Text = text.c_str();
+            ini.loadstring();
+            const DIni fresh = DocumentOf(text.c_str());
+            EXPECT_EQ(TextsOf(ini.m_Sections), TextsOf(fresh.m_Sections));
+            ASSERT_EQ(ini.m_Lines.Count(), fresh.m_Lines.Count());
+            for (int i = 0; i < fresh.m_Lines.Count(); ++i)
+                EXPECT_EQ(TextsOf(ini.m_Lines[i]), TextsOf(fresh.m_Lines[i])) << i;
+        }
+    }
+}
+
 TEST_F(DIniReload, UndoesWhatWasDoneToTheListsThemselves) {
     DIni ini = DocumentOf("[A]\nx=1\ny=2\n[B]\nz=3\n");
     ini.m_Lines[0].Size(2, 2);

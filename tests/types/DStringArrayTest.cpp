@@ -1,5 +1,6 @@
 // DStringArray: cutting text into pieces and tables, and joining it again.
 #include "types/DStringArray.h"
+#include "types/MemoryWatch.h"
 
 #include <gtest/gtest.h>
 
@@ -334,6 +335,34 @@ TEST(DStringArrayJoin, TakesTextsOfEveryLengthWhole) {
     const std::string longSeparator(17, '#');
     EXPECT_EQ(Text(ArrayOf({"a", "b", ""}).Join(longSeparator.c_str())),
               "a" + longSeparator + "b" + longSeparator);
+}
+
+TEST(DStringArrayJoin, FillsItsBlockToTheLastByte) {
+    EXPECT_EQ(Text(ArrayOf({"1234", "x"}).Join(",")), "1234,x");
+    EXPECT_EQ(ArrayOf({"1234", "x"}).Join(",").GetAllocLength(), 32);
+    for (int length = 1; length < 100; ++length) {
+        const std::string first(static_cast<size_t>(length), 'a');
+        EXPECT_EQ(Text(ArrayOf({first.c_str(), "x"}).Join(",")), first + ",x");
+    }
+}
+
+TEST(DStringArrayJoin, TakesEmptyTextsOfEveryKind) {
+    const std::string tail(40, 't');
+    DStringArray array;
+    array.AddBlank(2);
+    array.Add(NullString());
+    array.Add(tail.c_str());
+    EXPECT_EQ(Text(array.Join(",")), ",,," + tail);
+}
+
+TEST(DStringArrayJoin, BeyondTheLargestTextIsEmptyAndCountsAsRefused) {
+    const DString megabyte('x', 1048576);
+    DStringArray array;
+    for (int i = 0; i < 2100; ++i)
+        array.Add(megabyte);
+    const MemoryWatch memory;
+    EXPECT_EQ(array.Join(",").GetLength(), 0);
+    EXPECT_FALSE(memory.Whole());
 }
 
 TEST(DStringArrayJoin, TakesZeroBytesAlong) {

@@ -5,6 +5,7 @@
 #include "tests/types/GermanLocale.h"
 #include "tests/types/SampleStrings.h"
 #include "types/DString.h"
+#include "types/MemoryWatch.h"
 
 namespace {
 
@@ -261,6 +262,28 @@ TEST(DStringReplace, InAnEmptyTextCountsZeroUnlessTheStringIsNull) {
     EXPECT_EQ(count, 7);
     EXPECT_EQ(ofNull.GetLength(), 0);
     EXPECT_NE(ofNull.GetRefs(), 0);
+}
+
+TEST(DStringReplace, EndsAtTheFirstZeroByte) {
+    int count = 7;
+    const DString text = StringOf(std::string("a-\0-", 4));
+    EXPECT_EQ(Text(text.Replace("-", "+", true, &count)), "a+");
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(Text(text.Replace("a-", "+", true, nullptr)), "+");
+    EXPECT_EQ(Place(text.Replace("x", "+", true, &count)), Place(text)) << "all of it";
+    EXPECT_EQ(count, 1);
+    EXPECT_EQ(Text(StringOf(std::string("\0-", 2)).Replace("-", "+", true, &count)), "");
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(Text(text.ReplaceI("-", "+", true, &count)), "a+");
+    EXPECT_EQ(count, 1);
+}
+
+TEST(DStringReplace, BeyondTheLargestTextIsEmptyAndCountsAsRefused) {
+    const DString many('c', 1048576);
+    const DString with('w', 4096);
+    const MemoryWatch memory;
+    EXPECT_EQ(many.Replace("c", with, true, nullptr).GetLength(), 0);
+    EXPECT_FALSE(memory.Whole());
 }
 
 TEST(DStringReplace, TakesPiecesOfItsOwnText) {

@@ -12,6 +12,7 @@
 #include "support/Support.h"
 #include "tests/types/GermanLocale.h"
 #include "tests/types/SampleStrings.h"
+#include "types/MemoryWatch.h"
 
 #ifdef __SANITIZE_ADDRESS__
 extern "C" size_t __sanitizer_get_current_allocated_bytes();
@@ -618,6 +619,39 @@ TEST(DStringConcatSelf, AppendsItself) {
     shared += shared;
     EXPECT_EQ(shared.GetLength(), 30);
     EXPECT_EQ(text.GetLength(), 15);
+}
+
+TEST(DStringConcatSelf, AppendsPiecesOfItselfWhereverItsBlockEnds) {
+    for (int length = 1; length < 1200; ++length) {
+        std::string expected;
+        for (int i = 0; i < length; ++i)
+            expected += static_cast<char>('!' + i % 90);
+        DString text(expected.c_str());
+        text.ConcatSelf(length, text);
+        EXPECT_EQ(Text(text), expected + expected);
+        EXPECT_EQ(text.GetAllocLength(), 32 * ((2 * length + 25) / 32) + 32);
+        text += Place(text) + 2 * length - 1;
+        EXPECT_EQ(Text(text), expected + expected + expected.back());
+        EXPECT_EQ(text.GetAllocLength(), 32 * ((2 * length + 1 + 25) / 32) + 32);
+    }
+}
+
+TEST(DStringConcatSelf, TakesWhatAHostLeftBehindTheTextInItsBlock) {
+    DString text;
+    char* buffer = text.GetBuffer(26);
+    for (int i = 0; i < 26; ++i)
+        buffer[i] = static_cast<char>('A' + i);
+    text.Truncate(0);
+    text.ConcatSelf(10, buffer + 5);
+    EXPECT_EQ(Text(text), "FGHIJKLMNO");
+}
+
+TEST(DStringConcatSelf, BeyondTheLargestTextIsRefusedAndCounted) {
+    DString text("x");
+    const MemoryWatch memory;
+    text.ConcatSelf(npos, "y");
+    EXPECT_EQ(Text(text), "x");
+    EXPECT_FALSE(memory.Whole());
 }
 
 TEST(DStringConcatSelf, StaysInItsBlockUpToTheNextMultiple) {
