@@ -136,7 +136,7 @@ public:
     void Read(DFile& file, int stop, int start);
     /// Read(name, 0, 0), but no values are read, and there are none then: header and axes are as if
     /// the first layer, or the range of the name, were in memory. Of even coordinates only those
-    /// that GetMatrixParam asks for are worked out, the first two and the last; the others are 0.
+    /// that GetMatrixParam asks for are sure to be worked out, the first two and the last.
     bool ReadHeader(DString name);
     /// Writes `name` with ".dmt" appended and sets m_Date. False if the file can't be opened.
     bool Write(DString name);
@@ -175,7 +175,7 @@ private:
     int UsedDims() const;
     int64_t Total() const;
     void SizeValues(int64_t total);
-    int ReadHeader(DFile& file, int stop, int& start, bool allCoords);
+    int ReadHeader(DFile& file, int stop, int& start, int leading);
     static void CutAxis(MDim& axis, int stop, int& start);
     void ReadValues(DFile& file, int layers, int start);
 };

@@ -31,9 +31,14 @@ bool HasAllCoords(const Matrix::MDim& axis) { return axis.m_Step == 0.0f; }
 // the last one.
 constexpr int64_t MostPointsAhead = 1048576;
 
+// How many leading coordinates are worked out: of those GetMatrixParam asks for the first two, and
+// the last.
+constexpr int AllCoords = INT_MAX;
+constexpr int CoordsOfParameters = 2;
+
 // Works out the coordinates behind the first of an axis that has `size` points in the file and may
-// have been cut or made longer since: all, or those next to its ends alone.
-void FillCoords(const DFile& file, Matrix::MDim& axis, int size, bool all) {
+// have been cut or made longer since: the first `leading` of them, and those at its ends.
+void FillCoords(const DFile& file, Matrix::MDim& axis, int size, int leading) {
     int64_t points = size;
     if (points > MostPointsAhead)
         points = std::min(points, std::max(MostPointsAhead, FileBytes(file) / 4));
@@ -42,7 +47,7 @@ void FillCoords(const DFile& file, Matrix::MDim& axis, int size, bool all) {
     const float step = axis.m_Step;
     const auto coord = [=](int i) { return static_cast<float>(i) * step + first; };
     const int kept = static_cast<int>(std::min<int64_t>(points, axis.Count()));
-    for (int i = 1; i < (all ? kept : std::min(kept, 2)); ++i)
+    for (int i = 1; i < std::min(kept, leading); ++i)
         coords[i] = coord(i);
     if (kept > 1) coords[kept - 1] = coord(kept - 1);
     if (points < size && size <= axis.Count()) coords[size - 1] = coord(size - 1);
@@ -160,7 +165,7 @@ bool Matrix::Read(DString name, int stop, int start) {
 }
 
 void Matrix::Read(DFile& file, int stop, int start) {
-    const int dims = ReadHeader(file, stop, start, true);
+    const int dims = ReadHeader(file, stop, start, AllCoords);
     if (dims == 0) SizeValues(0);
     if (dims > 0) ReadValues(file, m_Dims[dims - 1].Count(), start);
 }
@@ -170,14 +175,14 @@ bool Matrix::ReadHeader(DString name) {
     int start = 0;
     DataFileReader file;
     if (!OpenPart(file, name, stop, start)) return false;
-    ReadHeader(file, stop, start, false);
+    ReadHeader(file, stop, start, CoordsOfParameters);
     SizeValues(0);
     return true;
 }
 
 // What stands ahead of the values. The result is the number of dimensions, negative if they are too
 // many to be read.
-int Matrix::ReadHeader(DFile& file, int stop, int& start, bool allCoords) {
+int Matrix::ReadHeader(DFile& file, int stop, int& start, int leading) {
     int32_t version = FileVersion;
     ReadField(file, version);
     SkipBytes(file, ReadLengthField<int32_t>(file));
@@ -192,7 +197,7 @@ int Matrix::ReadHeader(DFile& file, int stop, int& start, bool allCoords) {
     ReadTexts(file, *this);
     if (dims > 0) CutAxis(m_Dims[dims - 1], stop, start);
     for (int i = 0; i < dims; ++i) {
-        if (evenPoints[i] > 0) FillCoords(file, m_Dims[i], evenPoints[i], allCoords);
+        if (evenPoints[i] > 0) FillCoords(file, m_Dims[i], evenPoints[i], leading);
     }
     return dims;
 }

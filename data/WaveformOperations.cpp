@@ -62,9 +62,11 @@ private:
         return ldexp(1.0, exponent - Digits + std::countr_zero(static_cast<uint64_t>(bits)));
     }
 
-    // No sum has more digits than a double, since all are multiples of the lowest bit.
+    // No sum has more digits than a double, since all are multiples of the lowest bit. A zero keeps
+    // its sign only where nothing is added to it.
     bool IsExact(double last) const {
         if (!isfinite(m_Next) || !isfinite(m_Increment)) return false;
+        if (m_Next == 0.0 && signbit(m_Next)) return false;
         const double greatest = std::max(fabs(m_Next), last) + Ahead * fabs(m_Increment);
         const double unit = std::min(LowestBit(m_Next), LowestBit(m_Increment));
         return greatest < unit * 0x1p53;
@@ -94,7 +96,7 @@ FourFloats LoadPairs(const float* first, const float* second) {
 }
 
 // One step for all points after the other, and each for several points at once. The target may lie
-// among the samples, but not behind the first position.
+// among the samples if no point of it is behind the sample of its own position.
 void InterpolateBlock(const float* source, const double (&positions)[Positions::Ahead],
                       float* target) {
     int index[Positions::Ahead];

@@ -54,7 +54,8 @@ public:
     explicit ShotLineParser(const Experiment& experiment) : m_Experiment(experiment) {}
 
     // The group of a line, -1 if it isn't known. A line holds the shot's name and behind ";" the
-    // path of its group, group 0 where there is none.
+    // path of its group; without a ";" it is group 0. A name that was refused is empty, and what is
+    // taken for its path is no group's.
     int Parse(const DString& line, DString& name) {
         const DString text = WithoutQuotes(line);
         name = text.BeforeFirst(';', true);
@@ -116,6 +117,7 @@ public:
 private:
     std::unordered_set<Shot, ShotHash> m_Shots;
 };
+
 void ClearAll(DStringArray& names, DArray<int>& groups, DArray<long>* dates) {
     names.Clear();
     groups.Clear();

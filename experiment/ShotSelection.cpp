@@ -61,7 +61,7 @@ bool Experiment::SetShot(DString name, int group) {
     DString folder;
     if (name[0] == '*') name = name.Mid(1, npos);
     if (group < 0) group = FindShot(name, folder);
-    if (strcmp(name, m_ShotName) == 0 && group == m_CurrentGroup) return true;
+    if (strcmp(name, m_ShotName) == 0 && group == m_CurrentGroup) return memory.Whole();
     if (!HasGroup(group)) {
         if (Logging) Log("gnum is " + DString(group));
         return false;
@@ -102,8 +102,8 @@ int Experiment::GuessPathFromShot(DString& shot) const {
     return FindShot(shot, folder);
 }
 
-// GuessPathFromShot; `folder` becomes the folder of the shot as it is named then, or empty if it
-// has to be put together anew.
+// GuessPathFromShot; `folder` becomes the folder of the shot as it is named then. It is empty where
+// there is none, and where a group part stays in the name, which then isn't what was looked for.
 int Experiment::FindShot(DString& shot, DString& folder) const {
     DString groupName;
     DString leaf(shot);
@@ -120,6 +120,7 @@ int Experiment::FindShot(DString& shot, DString& folder) const {
     return group;
 }
 
+// The group of a shot named without one, -1 if there is none; `folder` is the last one looked at.
 int Experiment::FindLeaf(const DString& leaf, DString& folder) const {
     if (HasGroup(m_CurrentGroup) && HasShot(m_CurrentGroup, leaf, folder)) return m_CurrentGroup;
     for (int i = 0; i < m_GroupPaths.Count(); ++i) {

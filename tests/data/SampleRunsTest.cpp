@@ -461,6 +461,40 @@ TEST(SampleAlign, PointsAreThoseOfAPlainLoop) {
     }
 }
 
+TEST(SampleAlign, PointsAroundABlockAreThoseOfAPlainLoop) {
+    for (const int length : {15, 16, 17, 18, 31, 32, 33, 34, 49}) {
+        for (const float step : {1.0f, 0.95f, 0.5f, 1.3f, 2.0f}) {
+            for (const float start : {0.25f, 3.0f, 17.0f, -1.5f}) {
+                for (const int points : {length, 14, 15, 16, 17, 18, 31, 32, 33, 34, 40})
+                    ExpectAlignedAsPlainly(RandomValues(length, 6), points, start, step);
+            }
+        }
+    }
+    ExpectAlignedAsPlainly(RandomValues(300, 6), 300, 0.25f, 0.95f);
+}
+
+TEST(SampleAlign, ZeroKeepsItsSignHoweverManyPointsThereAre) {
+    Values values(100, 1.0f);
+    values[0] = -0.0f;
+    for (const int points : {1, 10, 15, 16, 17, 63, 64, 200}) {
+        ExpectAlignedAsPlainly(values, points, -0.0f, 0.5f);
+        ExpectAlignedAsPlainly(values, points, 0.0f, 0.5f);
+    }
+}
+
+TEST(SampleAlign, TakesNoSampleBehindTheLast) {
+    for (const auto& [length, points, start, step] :
+         {std::tuple{66, 40, 3.0f, 2.0f}, std::tuple{49, 40, 17.0f, 1.0f}}) {
+        const Values values = RandomValues(length, 8);
+        Waveform trace = MakeTrace(values);
+        trace.ReSize(1, length + 8);
+        std::fill(trace.Data() + length, trace.Data() + length + 8, NAN);
+        trace.ReSize(1, length);
+        trace.Align(points, start, step);
+        EXPECT_EQ(Bits(Samples(trace)), Bits(AlignedPlainly(values, points, start, step)));
+    }
+}
+
 TEST(SampleAlign, PositionsAreSummedUpPointByPoint) {
     // Each sum is rounded, and the errors add up to more than the rounding of a product.
     for (const float step : {3e-12f, 1e-11f, 2.5e-13f})

@@ -68,7 +68,7 @@ TEST_F(ShotFields, WritingOneTakesMemoryInProportionToTheFileOfTheGroup) {
 #ifdef __SANITIZE_ADDRESS__
     constexpr size_t MostTimes = 28;  // its redzones are larger than the lines
 #else
-    constexpr size_t MostTimes = 14;  // most of it the room of lists for 256 lines each
+    constexpr size_t MostTimes = 16;  // most of it the room of lists for 256 lines each
 #endif
     EXPECT_LT(smallPeak, MostTimes * smallFile);
     EXPECT_LT(largePeak, MostTimes * largeFile);

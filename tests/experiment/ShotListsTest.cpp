@@ -422,7 +422,7 @@ TEST_F(ShotListFile, EachLineHasItsOwnGroupWhateverStandsAheadOfIt) {
     AddShots(0, {"1", "2", "3"});
     AddShots(1, {"1", "2", "3"});
     WriteList("L.txt",
-              "1;..\\Data1\n2;..\\Data1\n3;\n3;..\\Data1\n1;.\\Shots\n2;..\\Gone\n2;.\\Shots\n"
+              "3;\n1;..\\Data1\n2;..\\Data1\n3;\n3;..\\Data1\n1;.\\Shots\n2;..\\Gone\n2;.\\Shots\n"
               "3\n2;..\\Data1\n1;..\\Gone\n3;..\\Gone\n1;..\\Data11");
     EXPECT_EQ(Shots("L"),
               (List{"1 in 1", "2 in 1", "3 in 1", "1 in 0", "2 in 0", "3 in 0", "2 in 1"}));

@@ -158,6 +158,18 @@ TEST_F(ShotSelection, DropsTheGroupPartThatTheSearchUsed) {
     AddShot(1, "7");
     EXPECT_TRUE(m_Experiment.SetShot("Data1/7", -1));
     EXPECT_EQ(Selection(), "7 in 1");
+    EXPECT_EQ(Text(m_Experiment.GetShotFolder()), GroupFolder(1) + "/Shot7");
+}
+
+TEST_F(ShotSelection, FolderIsNamedAsTheShotWasAndNotAsItStandsOnDisk) {
+    AddShot(2, "Abc");
+    for (const std::string name : {"aBC", "a?[b-d]"}) {
+        EXPECT_TRUE(m_Experiment.SetShot(name.c_str(), -1));
+        EXPECT_EQ(Selection(), name + " in 2");
+        EXPECT_EQ(Text(m_Experiment.GetShotFolder()), GroupFolder(2) + "/Shot" + name);
+        EXPECT_EQ(Text(m_Experiment.m_ScalarsFile),
+                  GroupFolder(2) + "/Shot" + name + "/Scalars.ini");
+    }
 }
 
 TEST_F(ShotSelection, KeepsAGroupPartThatTheSearchDidNotUse) {

@@ -256,6 +256,47 @@ TEST_F(RefusedMemorySession, WhileShotsAreListed) {
     });
 }
 
+TEST_F(RefusedMemorySession, ShotWhoseNameIsRefusedIsNotSelected) {
+    Expt.SetExperimentFolder(Scratch("Lab").c_str());
+    const DString name("*a shot of some length");
+    bool selected = true;
+    {
+        const RefusedMemory refused(1, 1);
+        selected = Expt.SetShot(name, 0);
+        EXPECT_TRUE(refused.Hit());
+    }
+    EXPECT_FALSE(selected);
+    EXPECT_TRUE(Expt.GetShotName().IsEmpty());
+}
+
+TEST_F(RefusedMemorySession, ListLosesTheLineThatIsHitAndNoneBehindIt) {
+    OpenLab();
+    constexpr int Lines = 12;
+    std::string lines;
+    for (int i = 0; i < Lines; ++i)
+        lines += i % 2 == 0 ? "7;..\\Lab/Shots\r\n" : "8;..\\Lab/Shots\r\n";
+    WriteBytes(Scratch("Lab/ShotLists/Long.txt"), lines);
+    DrainFreeBlocks();
+    const DString list("Long");
+    int partial = 0;
+    for (long n = 1; n < 1000; ++n) {
+        DStringArray names;
+        DArray<int> groups;
+        bool hit = false;
+        {
+            const RefusedMemory refused(n, 1);
+            Expt.GetShotList(list, -1, names, groups, nullptr);
+            hit = refused.Hit();
+        }
+        if (!hit) break;
+        EXPECT_EQ(names.Count(), groups.Count());
+        if (names.Count() == 0) continue;  // the file or its name was refused
+        EXPECT_GE(names.Count(), Lines - 1) << n;
+        if (names.Count() < Lines) ++partial;
+    }
+    EXPECT_GT(partial, Lines);
+}
+
 TEST_F(RefusedMemorySession, WhileAListIsSaved) {
     DStringArray names;
     DArray<int> groups;
