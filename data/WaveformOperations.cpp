@@ -31,6 +31,14 @@ public:
     /// All positions lie at the same place between two samples.
     bool HaveOneFraction() const { return m_IsExact && m_Increment == 1.0; }
 
+    /// Passes over those of the next `points` positions that are below `end`, where all have one
+    /// fraction and the next one is below it; their number.
+    int PassBelow(double end, int points) {
+        const int count = static_cast<int>(std::min<double>(points, ceil(end - m_Next)));
+        m_Next += count;
+        return count;
+    }
+
     /// The next positions if all of them are at least 0 and below `end`. False, with nothing done,
     /// otherwise.
     bool TakeBelow(double end, double (&positions)[Ahead]) {
@@ -115,14 +123,19 @@ void InterpolateBlock(const float* source, const double (&positions)[Positions::
     }
 }
 
-// The same for positions that all have the fraction of the first one.
-void InterpolateBlockAlike(const float* source, double position, float* target) {
+// The same for as many positions as there are points, each 1 behind the one before, so that all
+// have one fraction.
+void InterpolateAlike(const float* source, double position, float* target, int points) {
+    constexpr int PointsPerBlock = 64;
     const float* samples = source + static_cast<int>(position);
     const float fraction = FractionOf(position);
-    float values[Positions::Ahead];
-    for (int j = 0; j < Positions::Ahead; ++j)
-        values[j] = Between(samples[j], samples[j + 1], fraction);
-    std::copy_n(values, Positions::Ahead, target);
+    float values[PointsPerBlock];
+    for (int done = 0; done < points; done += PointsPerBlock) {
+        const int count = std::min(points - done, PointsPerBlock);
+        for (int j = 0; j < count; ++j)
+            values[j] = Between(samples[done + j], samples[done + j + 1], fraction);
+        std::copy_n(values, count, target + done);
+    }
 }
 
 // Fills `target` by linear interpolation at `start`, in samples of `source`, and every
@@ -136,13 +149,15 @@ int Interpolate(const DArray<float>& source, double start, double increment,
     int k = 0;
     for (; k < points && position.Next() < 0; ++k)
         position.Advance();
+    if (position.HaveOneFraction() && k < points && position.Next() < last) {
+        const double first = position.Next();
+        const int count = position.PassBelow(last, points - k);
+        InterpolateAlike(source.Data(), first, target.Data() + k, count);
+        k += count;
+    }
     double ahead[Positions::Ahead];
     while (points - k >= Positions::Ahead && position.TakeBelow(last, ahead)) {
-        if (position.HaveOneFraction()) {
-            InterpolateBlockAlike(source.Data(), ahead[0], target.Data() + k);
-        } else {
-            InterpolateBlock(source.Data(), ahead, target.Data() + k);
-        }
+        InterpolateBlock(source.Data(), ahead, target.Data() + k);
         k += Positions::Ahead;
     }
     for (; k < points && position.Next() >= 0 && position.Next() < last; ++k) {
