@@ -124,7 +124,8 @@ void InterpolateBlock(const float* source, const double (&positions)[Positions::
 }
 
 // The same for as many positions as there are points, each 1 behind the one before, so that all
-// have one fraction.
+// have one fraction. They go through an array of their own, since the target may lie among the
+// samples.
 void InterpolateAlike(const float* source, double position, float* target, int points) {
     constexpr int PointsPerBlock = 64;
     const float* samples = source + static_cast<int>(position);

@@ -93,6 +93,7 @@ class DocumentFiller {
 public:
     DocumentFiller(DStringArray& sections, DArray<DStringArray>& lines)
         : m_Sections(sections), m_Lines(lines), m_Ahead(sections, lines) {
+        // What was fetched of lists that are dropped here was fetched in vain.
         if (IsList(sections) && IsList(lines) && sections.Count() == lines.Count()) return;
         sections.Clear();
         lines.Clear();
